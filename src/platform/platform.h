@@ -1,0 +1,59 @@
+// The few operating-system calls the effect needs below its user interface: a recursive lock,
+// the millisecond tick, ini-file profile access, the module handle and the view's window class.
+// Win32 in Windows builds, POSIX on Linux, with the same behaviour; called from every subsystem.
+#pragma once
+
+#include <cstdint>
+
+// A lock that the same thread may take again (a critical section on Windows).
+// The storage is opaque here so that no system header leaks into shared headers.
+struct RecursiveLock {
+    alignas(16) unsigned char storage[64];
+};
+
+// [any thread] init must run before any other call, destroy after the last one.
+void lockInit(RecursiveLock* lock);
+void lockDestroy(RecursiveLock* lock);
+void lockEnter(RecursiveLock* lock);
+void lockLeave(RecursiveLock* lock);
+
+// Scoped hold of a RecursiveLock.
+struct LockHold {
+    RecursiveLock* lock;
+    explicit LockHold(RecursiveLock* l) : lock(l) { lockEnter(lock); }
+    ~LockHold() { lockLeave(lock); }
+    LockHold(const LockHold&) = delete;
+    LockHold& operator=(const LockHold&) = delete;
+};
+
+// [any thread] Milliseconds since an arbitrary start, 32 bits, wrapping (GetTickCount).
+uint32_t tickCount();
+
+// Ini-file profile access with the semantics of the Win32 private-profile calls. Paths, sections,
+// keys and values are UTF-8. Sections and keys match without regard to ASCII case; values are
+// trimmed of surrounding blanks and of one pair of enclosing quotes.
+//
+// [any thread] iniReadInt: the value as an integer (leading sign, 0x/0o/0b prefixes, 32-bit
+// wrap); `fallback` when the file, section or key is missing or the value is empty.
+int iniReadInt(const char* path, const char* section, const char* key, int fallback);
+// [any thread] iniReadString: copies the value (or `fallback` when missing; null counts as "")
+// into `out`, cut to capacity - 1 bytes and NUL-terminated; returns the bytes written without
+// the NUL. A capacity below 1 writes nothing and returns 0.
+int iniReadString(const char* path, const char* section, const char* key, const char* fallback,
+                  char* out, int capacity);
+// [any thread] iniWriteString: sets key = value, creating the file, section or key as needed and
+// keeping every other line. A null value removes the key; a null key removes the whole section.
+// Returns false when the file cannot be written.
+bool iniWriteString(const char* path, const char* section, const char* key, const char* value);
+
+// [any thread] The module handle of this library (set by the library attach hook on Windows).
+void* moduleHandle();
+void setModuleHandle(void* handle);
+
+// [window thread] The view's window class. Registration takes a window procedure, or null for
+// one that only defers to the system's default handling. On a platform without windows the
+// registration is remembered by name and nothing else happens.
+bool windowClassRegister(const char* name, void* windowProc);
+bool windowClassUnregister(const char* name);
+// [any thread] Whether a class of that name is registered by this module now.
+bool windowClassRegistered(const char* name);

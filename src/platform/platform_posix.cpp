@@ -1,0 +1,105 @@
+// POSIX side of the platform calls: pthread locks, the monotonic clock, ini files read and
+// rewritten as text, and a name list standing in for the system's window classes.
+#include "platform/ini_text.h"
+#include "platform/platform.h"
+
+#include <pthread.h>
+#include <stdio.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <mutex>
+#include <set>
+#include <string>
+
+static_assert(sizeof(pthread_mutex_t) <= sizeof(RecursiveLock::storage), "lock storage too small");
+
+void lockInit(RecursiveLock* lock) {
+    pthread_mutexattr_t attr;
+    pthread_mutexattr_init(&attr);
+    pthread_mutexattr_settype(&attr, PTHREAD_MUTEX_RECURSIVE);
+    pthread_mutex_init(reinterpret_cast<pthread_mutex_t*>(lock->storage), &attr);
+    pthread_mutexattr_destroy(&attr);
+}
+
+void lockDestroy(RecursiveLock* lock) { pthread_mutex_destroy(reinterpret_cast<pthread_mutex_t*>(lock->storage)); }
+void lockEnter(RecursiveLock* lock) { pthread_mutex_lock(reinterpret_cast<pthread_mutex_t*>(lock->storage)); }
+void lockLeave(RecursiveLock* lock) { pthread_mutex_unlock(reinterpret_cast<pthread_mutex_t*>(lock->storage)); }
+
+uint32_t tickCount() {
+    timespec ts;
+    clock_gettime(CLOCK_MONOTONIC, &ts);
+    return uint32_t(uint64_t(ts.tv_sec) * 1000u + uint64_t(ts.tv_nsec) / 1000000u);
+}
+
+static bool readWholeFile(const char* path, std::string* text) {
+    FILE* f = path && *path ? fopen(path, "rb") : nullptr;
+    if (!f) return false;
+    char chunk[4096];
+    size_t n;
+    while ((n = fread(chunk, 1, sizeof chunk, f)) > 0) text->append(chunk, n);
+    fclose(f);
+    return true;
+}
+
+int iniReadInt(const char* path, const char* section, const char* key, int fallback) {
+    std::string text, value;
+    if (!readWholeFile(path, &text) || !iniFindValue(text, section, key, &value)) return fallback;
+    return iniParseInt(value.c_str(), fallback);
+}
+
+int iniReadString(const char* path, const char* section, const char* key, const char* fallback,
+                  char* out, int capacity) {
+    std::string text, value;
+    if (readWholeFile(path, &text) && iniFindValue(text, section, key, &value))
+        return iniCopyValue(value.c_str(), out, capacity);
+    return iniCopyValue(fallback, out, capacity);
+}
+
+bool iniWriteString(const char* path, const char* section, const char* key, const char* value) {
+    if (!path || !*path || !section) return false;
+    std::string text;
+    readWholeFile(path, &text);
+    std::string updated = iniSetValue(text, section, key, value);
+    // Write beside the file and rename over it, so a reader never sees half a file.
+    std::string temp = std::string(path) + ".tmp" + std::to_string(getpid());
+    FILE* f = fopen(temp.c_str(), "wb");
+    if (!f) return false;
+    bool ok = fwrite(updated.data(), 1, updated.size(), f) == updated.size();
+    ok = fclose(f) == 0 && ok;
+    if (ok) ok = rename(temp.c_str(), path) == 0;
+    if (!ok) remove(temp.c_str());
+    return ok;
+}
+
+static void* libraryModule = nullptr;
+void* moduleHandle() { return libraryModule; }
+void setModuleHandle(void* handle) { libraryModule = handle; }
+
+// The system's window-class table, as far as this module has filled it.
+struct WindowClassTable {
+    std::mutex mutex;
+    std::set<std::string> names;
+};
+static WindowClassTable& windowClasses() {
+    static WindowClassTable table;
+    return table;
+}
+
+bool windowClassRegister(const char* name, void*) {
+    WindowClassTable& t = windowClasses();
+    std::lock_guard<std::mutex> hold(t.mutex);
+    return t.names.insert(name).second;
+}
+
+bool windowClassUnregister(const char* name) {
+    WindowClassTable& t = windowClasses();
+    std::lock_guard<std::mutex> hold(t.mutex);
+    return t.names.erase(name) > 0;
+}
+
+bool windowClassRegistered(const char* name) {
+    WindowClassTable& t = windowClasses();
+    std::lock_guard<std::mutex> hold(t.mutex);
+    return t.names.count(name) > 0;
+}

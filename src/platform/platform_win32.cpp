@@ -1,0 +1,85 @@
+// Win32 side of the platform calls: critical sections, GetTickCount, the private-profile calls
+// through their wide forms (text is UTF-8 inside the program), and real window classes.
+#include "platform/ini_text.h"
+#include "platform/platform.h"
+
+#include <windows.h>
+
+#include <string>
+
+static_assert(sizeof(CRITICAL_SECTION) <= sizeof(RecursiveLock::storage), "lock storage too small");
+
+static CRITICAL_SECTION* section(RecursiveLock* lock) { return reinterpret_cast<CRITICAL_SECTION*>(lock->storage); }
+void lockInit(RecursiveLock* lock) { InitializeCriticalSection(section(lock)); }
+void lockDestroy(RecursiveLock* lock) { DeleteCriticalSection(section(lock)); }
+void lockEnter(RecursiveLock* lock) { EnterCriticalSection(section(lock)); }
+void lockLeave(RecursiveLock* lock) { LeaveCriticalSection(section(lock)); }
+
+uint32_t tickCount() { return GetTickCount(); }
+
+static std::wstring wide(const char* utf8) {
+    if (!utf8) return std::wstring();
+    int n = MultiByteToWideChar(CP_UTF8, 0, utf8, -1, nullptr, 0);
+    if (n <= 0) return std::wstring();
+    std::wstring out(size_t(n), L'\0');
+    MultiByteToWideChar(CP_UTF8, 0, utf8, -1, &out[0], n);
+    out.resize(size_t(n - 1));
+    return out;
+}
+
+static std::string narrow(const wchar_t* text) {
+    int n = WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);
+    if (n <= 0) return std::string();
+    std::string out(size_t(n), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, text, -1, &out[0], n, nullptr, nullptr);
+    out.resize(size_t(n - 1));
+    return out;
+}
+
+int iniReadInt(const char* path, const char* section, const char* key, int fallback) {
+    if (!path || !*path) return fallback;
+    return int(GetPrivateProfileIntW(wide(section).c_str(), wide(key).c_str(), fallback, wide(path).c_str()));
+}
+
+int iniReadString(const char* path, const char* section, const char* key, const char* fallback,
+                  char* out, int capacity) {
+    if (!path || !*path) return iniCopyValue(fallback, out, capacity);
+    std::wstring buffer(32768, L'\0');
+    GetPrivateProfileStringW(wide(section).c_str(), wide(key).c_str(), wide(fallback).c_str(), &buffer[0],
+                             DWORD(buffer.size()), wide(path).c_str());
+    return iniCopyValue(narrow(buffer.c_str()).c_str(), out, capacity);
+}
+
+bool iniWriteString(const char* path, const char* section, const char* key, const char* value) {
+    if (!path || !*path || !section) return false;
+    std::wstring k = wide(key), v = wide(value);
+    return WritePrivateProfileStringW(wide(section).c_str(), key ? k.c_str() : nullptr, value ? v.c_str() : nullptr,
+                                      wide(path).c_str()) != 0;
+}
+
+static void* libraryModule = nullptr;
+void* moduleHandle() { return libraryModule; }
+void setModuleHandle(void* handle) { libraryModule = handle; }
+
+static HINSTANCE classInstance() {
+    return libraryModule ? static_cast<HINSTANCE>(libraryModule) : GetModuleHandleW(nullptr);
+}
+
+bool windowClassRegister(const char* name, void* windowProc) {
+    std::wstring className = wide(name);
+    WNDCLASSW wc = {};
+    wc.style = CS_DBLCLKS;
+    wc.lpfnWndProc = windowProc ? reinterpret_cast<WNDPROC>(windowProc) : DefWindowProcW;
+    wc.hInstance = classInstance();
+    wc.lpszClassName = className.c_str();
+    return RegisterClassW(&wc) != 0;
+}
+
+bool windowClassUnregister(const char* name) {
+    return UnregisterClassW(wide(name).c_str(), classInstance()) != 0;
+}
+
+bool windowClassRegistered(const char* name) {
+    WNDCLASSW wc;
+    return GetClassInfoW(classInstance(), wide(name).c_str(), &wc) != 0;
+}
