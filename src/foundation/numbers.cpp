@@ -1,0 +1,34 @@
+#include "foundation/numbers.h"
+
+#include <charconv>
+#include <climits>
+#include <cstring>
+
+static const char* skipBlanks(const char* p) {
+    while (*p == ' ' || *p == '\t' || *p == '\r' || *p == '\n') p++;
+    return p;
+}
+
+double parseLeadingDouble(const char* text) {
+    if (!text) return 0.0;
+    const char* p = skipBlanks(text);
+    if (*p == '+') p++;  // from_chars takes '-' but not '+'
+    double value = 0.0;
+    auto result = std::from_chars(p, p + std::strlen(p), value, std::chars_format::general);
+    return result.ec == std::errc() ? value : 0.0;
+}
+
+int parseLeadingInt(const char* text) {
+    if (!text) return 0;
+    const char* p = skipBlanks(text);
+    bool negative = false;
+    if (*p == '+' || *p == '-') negative = *p++ == '-';
+    long long value = 0;
+    for (; *p >= '0' && *p <= '9'; p++) {
+        value = value * 10 + (*p - '0');
+        if (value > (long long)INT_MAX + 1) value = (long long)INT_MAX + 1;
+    }
+    if (negative) value = -value;
+    if (value > INT_MAX) value = INT_MAX;
+    return int(value);
+}
