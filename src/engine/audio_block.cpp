@@ -1,0 +1,262 @@
+#include "engine/audio_block.h"
+
+#include <atomic>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <numbers>
+
+#include "engine/delay_line.h"
+#include "engine/gain_matrix.h"
+#include "engine/records.h"
+#include "engine/speaker_analysis.h"
+#include "shell/panner.h"
+
+namespace {
+
+constexpr int METER_STRIPS = 16;
+
+// A delay in seconds as whole samples, cut toward zero; a delay from a damaged state that would not
+// fit an int32 is held at its limits, where it passes undelayed like any delay beyond the range.
+int32_t delayInSamples(double seconds, double sampleRate) {
+    double samples = seconds * sampleRate;
+    if (!(samples > -2147483648.0)) return samples != samples ? 0 : INT32_MIN;
+    if (samples >= 2147483647.0) return INT32_MAX;
+    return int32_t(samples);
+}
+
+// What the locked head hands to the unlocked tail.
+struct BlockHead {
+    int nIn, nSpk;
+    bool resized;
+    bool anyDirty;
+    double sampleRate;
+    int firstInputStrip, firstSpeakerStrip;
+    double meterGains[METER_STRIPS];
+    uint64_t inputActive[2], speakerActive[2];
+};
+
+bool bit(const uint64_t* mask, int i) { return i < CHANNEL_MASK_BITS && (mask[i >> 6] >> (i & 63)) & 1; }
+void setBit(uint64_t* mask, int i) {
+    if (i < CHANNEL_MASK_BITS) mask[i >> 6] |= uint64_t(1) << (i & 63);
+}
+
+// Steps 1 to 7 under stateLock. Returns false when the tables cannot be sized: the block is silent.
+bool lockedHead(SurroundPanner* p, BlockHead* h) {
+    LockHold hold(&p->stateLock);
+    // 1. New counts: tables sized and zeroed, every row and the reach tables redone.
+    h->nIn = inputCount(p);
+    h->nSpk = speakerCount(p);
+    h->resized = false;
+    if (h->nIn != p->audioInputs || h->nSpk != p->audioSpeakers) {
+        if (!sizeGainTables(p, h->nIn, h->nSpk) ||
+            !growBufferResize(&p->inputDelays, size_t(h->nIn) * sizeof(int32_t)))
+            return false;
+        p->audioInputs = h->nIn;
+        p->audioSpeakers = h->nSpk;
+        markAllInputsDirty(p);
+        p->speakersChanged = 1;
+        h->resized = true;
+    }
+    // 2. Speakers changed: the reach tables, and every row with them.
+    std::atomic_ref<uint8_t> speakersChanged(p->speakersChanged);
+    if (speakersChanged.load()) {
+        buildReachTables(p);
+        markAllInputsDirty(p);
+        speakersChanged.store(0);
+    }
+    // 3. Take the dirty bits in one step each, and redo those rows.
+    uint64_t dirty[2];
+    for (int k = 0; k < 2; k++) dirty[k] = std::atomic_ref<uint64_t>(p->gainsDirtyInputs[k]).exchange(0);
+    h->anyDirty = (dirty[0] | dirty[1]) != 0;
+    int rows = h->nIn < CHANNEL_MASK_BITS ? h->nIn : CHANNEL_MASK_BITS;
+    for (int i = 0; i < rows; i++)
+        if (bit(dirty, i)) computeInputGains(p, i);
+    // 4. The gains the input meters are scaled by.
+    const PanInput* in = inputRecords(p);
+    // A strip start from a damaged state may sit near the int limit; anything that far is past
+    // every channel, and held there the meter indices below cannot overflow.
+    constexpr int STRIP_START_MAX = INT32_MAX - 2 * METER_STRIPS;
+    h->firstInputStrip = p->firstInputStrip < STRIP_START_MAX ? p->firstInputStrip : STRIP_START_MAX;
+    h->firstSpeakerStrip = p->firstSpeakerStrip < STRIP_START_MAX ? p->firstSpeakerStrip : STRIP_START_MAX;
+    for (int k = 0; k < METER_STRIPS; k++) {
+        int i = h->firstInputStrip + k;
+        h->meterGains[k] = (i >= 0 && i < h->nIn) ? in[i].gain : 1.0;
+    }
+    // 5 to 7. Solo state, each input's delay in samples, and who is active.
+    bool inputsSoloed = anyInputSolo(p), speakersSoloed = anySpeakerSolo(p);
+    h->sampleRate = p->sampleRate;
+    int32_t* delays = growItems<int32_t>(p->inputDelays);
+    std::memset(h->inputActive, 0, sizeof h->inputActive);
+    std::memset(h->speakerActive, 0, sizeof h->speakerActive);
+    for (int i = 0; i < h->nIn; i++) {
+        delays[i] = delayInSamples(in[i].delay, h->sampleRate);
+        if ((!inputsSoloed && !in[i].mute) || in[i].solo) setBit(h->inputActive, i);
+    }
+    const PanSpeaker* spk = speakerRecords(p);
+    for (int s = 0; s < h->nSpk; s++)
+        if (!spk[s].vacant && ((!speakersSoloed && !spk[s].mute) || spk[s].solo)) setBit(h->speakerActive, s);
+    return true;
+}
+
+// Steps 1 to 7 of an input: feed its line and read its delayed tap into `in`, in place.
+void delayInput(SurroundPanner* p, int i, double* in, int n, int delaySamples, double sampleRate) {
+    DelayLine** lines = growItems<DelayLine*>(p->delayLines);
+    int lineCount = growCount<DelayLine*>(p->delayLines);
+    DelayLine* line = i < lineCount ? lines[i] : nullptr;
+    if (!line && delaySamples > 0) {
+        if (i >= lineCount) {
+            if (!growBufferResize(&p->delayLines, size_t(i + 1) * sizeof(DelayLine*))) return;
+            lines = growItems<DelayLine*>(p->delayLines);
+            for (int k = lineCount; k <= i; k++) lines[k] = nullptr;
+        }
+        line = lines[i] = createDelayLine();
+    }
+    if (!line) return;
+    const int maxDelay = int(DELAY_MAX_SECONDS * sampleRate);
+    // A line this long could not be allocated anyway: the block passes undelayed.
+    if (n > INT32_MAX / 2 - maxDelay) return;
+    // A longer block, or the first block with a delay, fades in from zero.
+    if (line->capacity < n + maxDelay) {
+        int pad = line->capacity == 0 ? maxDelay : n + maxDelay - line->capacity;
+        if (!delaySetCapacity(line, n + maxDelay)) return;
+        delayAdd(line, nullptr, pad);
+        for (int k = 0; k < n; k++) in[k] *= double(k) / n;
+    }
+    delayAdd(line, in, n);
+    if (delaySamples > 0) delayPeek(line, in, maxDelay - delaySamples, n);
+    // A new delay crossfades from the old tap over the block.
+    if (i < CHANNEL_MASK_BITS && delaySamples != p->delayPositions[i]) {
+        double* scratch = growItems<double>(p->gainTables[GAIN_DELAY_SCRATCH]);
+        int got = delayPeek(line, scratch, maxDelay - p->delayPositions[i], n);
+        if (got < n) std::memset(scratch + got, 0, size_t(n - got) * sizeof(double));
+        p->delayPositions[i] = delaySamples;
+        for (int k = 0; k < n; k++) {
+            double r = double(k) / n;
+            in[k] = (1.0 - r) * scratch[k] + r * in[k];
+        }
+    }
+    delayDrop(line, n);
+}
+
+// One input into one speaker: the first to reach the speaker overwrites, later ones add.
+void mix(const double* in, double* out, int n, double g, double dg, double target, bool first) {
+    if (dg == 0.0) {
+        if (first)
+            for (int k = 0; k < n; k++) out[k] = in[k] * g;
+        else
+            for (int k = 0; k < n; k++) out[k] += in[k] * g;
+        return;
+    }
+    // One ramp step before each sample; the last sample gets the target exactly.
+    for (int k = 0; k < n - 1; k++) {
+        g += dg;
+        out[k] = first ? in[k] * g : out[k] + in[k] * g;
+    }
+    out[n - 1] = first ? in[n - 1] * target : out[n - 1] + in[n - 1] * target;
+}
+
+double absPeak(const double* x, int n) {
+    double m = 0.0;
+    for (int k = 0; k < n; k++) m = std::fmax(m, std::fabs(x[k]));
+    return m;
+}
+
+}  // namespace
+
+double meterPeak(const SurroundPanner* p, int k) {
+    return std::atomic_ref<double>(const_cast<double&>(p->meterPeaks[k])).load(std::memory_order_relaxed);
+}
+
+void VST_CALL processDoubleReplacing(AEffect* effect, double** inputs, double** outputs, int32_t frames) {
+    SurroundPanner* p = pannerFromEffect(effect);
+    if (!p || frames <= 0) return;
+    const int n = frames;
+    BlockHead h;
+    if (!lockedHead(p, &h)) {
+        for (int o = 0; outputs && o < effect->numOutputs; o++)
+            if (outputs[o]) std::memset(outputs[o], 0, size_t(n) * sizeof(double));
+        return;
+    }
+
+    // Ramps: a resized block starts at the new gains; otherwise changed rows ramp over the block.
+    const size_t cells = size_t(h.nIn) * size_t(h.nSpk);
+    double* current = growItems<double>(p->gainTables[GAIN_CURRENT]);
+    double* target = growItems<double>(p->gainTables[GAIN_TARGET]);
+    double* ramp = growItems<double>(p->gainTables[GAIN_RAMP]);
+    bool ramping = false;
+    if (h.anyDirty && h.resized) {
+        if (cells) std::memcpy(current, target, cells * sizeof(double));
+    } else if (h.anyDirty) {
+        for (size_t c = 0; c < cells; c++) ramp[c] = (target[c] - current[c]) / n;
+        ramping = true;
+    }
+
+    // Channel counts: what both the host and the records have. A resized block drops all delay
+    // history, so the new shape starts from silence in every line.
+    const int nUseIn = effect->numInputs < h.nIn ? effect->numInputs : h.nIn;
+    const int nUseOut = effect->numOutputs < h.nSpk ? effect->numOutputs : h.nSpk;
+    if (h.resized) {
+        effect->numInputs = h.nIn;
+        effect->numOutputs = h.nSpk;
+        releaseDelayLines(p);
+        std::memset(p->delayPositions, 0, sizeof p->delayPositions);
+    }
+    if (p->gainTables[GAIN_DELAY_SCRATCH].used < size_t(n) * sizeof(double) &&
+        !growBufferResize(&p->gainTables[GAIN_DELAY_SCRATCH], size_t(n) * sizeof(double)))
+        return;
+
+    uint64_t reached[2] = {0, 0};
+    const int32_t* delays = growItems<int32_t>(p->inputDelays);
+    for (int i = 0; i < nUseIn; i++) {
+        double* in = inputs ? inputs[i] : nullptr;
+        if (!in) continue;
+        delayInput(p, i, in, n, delays[i], h.sampleRate);
+        if (!bit(h.inputActive, i)) continue;
+        const size_t rowStart = size_t(i) * size_t(h.nSpk);
+        for (int s = 0; s < nUseOut; s++) {
+            double* out = outputs ? outputs[s] : nullptr;
+            if (!out || !bit(h.speakerActive, s)) continue;
+            double g = current[rowStart + size_t(s)];
+            double dg = ramping ? ramp[rowStart + size_t(s)] : 0.0;
+            if (g == 0.0 && dg == 0.0) continue;  // adds nothing; silence below covers it
+            mix(in, out, n, g, dg, target[rowStart + size_t(s)], !bit(reached, s));
+            setBit(reached, s);
+        }
+    }
+    // Silence: every output no input reached, muted, soloed-out and vacant ones among them.
+    for (int s = 0; s < nUseOut; s++)
+        if (outputs && outputs[s] && !bit(reached, s)) std::memset(outputs[s], 0, size_t(n) * sizeof(double));
+
+    // Meters: halve every 75 ms, then take this block's peak.
+    const double decay = std::exp(-std::numbers::ln2 * n / (h.sampleRate * METER_HALF_LIFE_MS * 0.001));
+    for (int k = 0; k < METER_COUNT; k++) {
+        std::atomic_ref<double> meter(p->meterPeaks[k]);
+        double m = meter.load(std::memory_order_relaxed);
+        if (m > 0.0) {
+            m *= decay;
+            if (m < METER_FLOOR) m = 0.0;
+        }
+        double peak = 0.0;
+        if (k < METER_STRIPS) {
+            int i = h.firstInputStrip + k;
+            if (i >= 0 && i < nUseIn && bit(h.inputActive, i) && inputs && inputs[i])
+                peak = absPeak(inputs[i], n) * h.meterGains[k];
+        } else {
+            int s = h.firstSpeakerStrip + k - METER_STRIPS;
+            if (s >= 0 && s < nUseOut && bit(h.speakerActive, s) && outputs && outputs[s]) peak = absPeak(outputs[s], n);
+        }
+        meter.store(std::fmax(m, peak), std::memory_order_relaxed);
+    }
+
+    // End of block: the ramp arrived.
+    if (ramping && cells) std::memcpy(current, target, cells * sizeof(double));
+}
+
+void VST_CALL processFloatIgnored(AEffect*, float**, float**, int32_t) {}
+
+void releaseDelayLines(SurroundPanner* p) {
+    DelayLine** lines = growItems<DelayLine*>(p->delayLines);
+    for (int i = growCount<DelayLine*>(p->delayLines) - 1; i >= 0; i--) destroyDelayLine(lines[i]);
+    growBufferResize(&p->delayLines, 0);
+}
