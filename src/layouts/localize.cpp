@@ -1,0 +1,89 @@
+#include "layouts/localize.h"
+
+#include <cstdint>
+#include <cstring>
+
+#include "platform/platform.h"
+#include "shell/grow_buffer.h"
+#include "shell/host_api.h"
+
+namespace {
+
+struct CacheEntry {
+    const char* text;
+    const char* section;
+    const char* result;
+};
+
+// The process-wide cache: entries sorted by the two pointers, guarded by its own lock.
+struct TranslationCache {
+    RecursiveLock lock;
+    GrowBuffer entries;
+    TranslationCache() {
+        lockInit(&lock);
+        growBufferInit(&entries);
+    }
+    ~TranslationCache() {
+        growBufferFree(&entries);
+        lockDestroy(&lock);
+    }
+};
+
+TranslationCache& cache() {
+    static TranslationCache instance;  // made on first use, gone at process exit
+    return instance;
+}
+
+bool before(const CacheEntry& e, const char* text, const char* section) {
+    uintptr_t a = reinterpret_cast<uintptr_t>(e.text), b = reinterpret_cast<uintptr_t>(text);
+    if (a != b) return a < b;
+    return reinterpret_cast<uintptr_t>(e.section) < reinterpret_cast<uintptr_t>(section);
+}
+
+int findEntry(const TranslationCache& c, const char* text, const char* section, bool* found) {
+    const CacheEntry* list = growItems<CacheEntry>(c.entries);
+    int lo = 0, hi = growCount<CacheEntry>(c.entries);
+    while (lo < hi) {
+        int mid = (lo + hi) / 2;
+        if (before(list[mid], text, section)) lo = mid + 1;
+        else hi = mid;
+    }
+    *found = lo < growCount<CacheEntry>(c.entries) && list[lo].text == text && list[lo].section == section;
+    return lo;
+}
+
+}  // namespace
+
+const char* localize(const char* text, const char* section, int flags) {
+    // 1. Without the host's function there is nothing to translate.
+    if (!text || !hostApi.__localizeFunc) return text;
+    TranslationCache& c = cache();
+    bool transient = flags & LOCALIZE_TRANSIENT;
+    // 3. A cached answer.
+    if (!transient) {
+        LockHold hold(&c.lock);
+        bool found;
+        int at = findEntry(c, text, section, &found);
+        if (found && growItems<CacheEntry>(c.entries)[at].result) return growItems<CacheEntry>(c.entries)[at].result;
+    }
+    // 4. The host, outside the lock.
+    const char* answer = hostApi.__localizeFunc(text, section, flags | LOCALIZE_TRANSIENT);
+    if (!answer) answer = text;
+    // 5. Transient texts, and a host without a language pack, leave the cache alone.
+    if (transient) return answer;
+    LockHold hold(&c.lock);
+    if (answer == text && growCount<CacheEntry>(c.entries) == 0) return answer;
+    // 6. Stored in place, or updated if another thread came first.
+    bool found;
+    int at = findEntry(c, text, section, &found);
+    if (found) {
+        growItems<CacheEntry>(c.entries)[at].result = answer;
+        return answer;
+    }
+    size_t count = size_t(growCount<CacheEntry>(c.entries));
+    if (!growBufferResize(&c.entries, (count + 1) * sizeof(CacheEntry))) return answer;
+    CacheEntry* list = growItems<CacheEntry>(c.entries);
+    std::memmove(list + at + 1, list + at, (count - size_t(at)) * sizeof(CacheEntry));
+    list[at] = CacheEntry{text, section, answer};
+    return answer;
+}
