@@ -1,0 +1,163 @@
+#include "shell/parameters.h"
+
+#include <cstdio>
+
+#include "engine/position.h"
+#include "engine/records.h"
+#include "layouts/localize.h"
+#include "platform/platform.h"
+#include "shell/panner.h"
+#include "shell/parameter_text.h"
+
+namespace {
+
+const char* const GLOBAL_PARAMETER_NAMES[PARAMS_GLOBAL] = {
+    "center %",
+    "side %",
+    "Z shape",
+    "scene X",
+    "scene Y",
+    "scene Z",
+};
+const char* const TEXT_SECTION = "kelvanepan";
+constexpr uint32_t SCENE_EDIT_PAUSE_MS = 1000;
+
+// Values that the host sends are compared with the stored ones at the host's precision.
+bool sameAsFloat(double stored, double incoming) { return float(stored) == float(incoming); }
+
+void correctSelection(SurroundPanner* p) {
+    bool soloed = anyInputSolo(p);
+    for (int i = 0; i < inputCount(p); i++) {
+        PanInput& in = inputRecords(p)[i];
+        if (soloed ? !in.solo : (in.mute && !in.solo)) in.selected = 0;
+    }
+}
+
+void setGlobal(SurroundPanner* p, int number, double v) {
+    switch (number) {
+        case PG_CENTER:
+        case PG_SIDE: {
+            double& field = number == PG_CENTER ? p->centerPercent : p->sidePercent;
+            if (sameAsFloat(field, v)) return;
+            field = v;
+            markAllInputsDirty(p);
+            return;
+        }
+        case PG_ZSHAPE: {
+            int shape = int(6.0 * v + 0.5);
+            if (shape != p->zShape) changeZShape(p, shape);
+            return;
+        }
+        default: {
+            // A stream of scene values is one edit as long as the gaps stay within a second.
+            double values[3] = {p->sceneX, p->sceneY, p->sceneZ};
+            values[number - PG_SCENE_X] = -1.0 + 2.0 * v;
+            uint32_t now = tickCount();
+            if (now - p->lastEditTick > SCENE_EDIT_PAUSE_MS) beginEdit(p);
+            p->lastEditTick = now;
+            setScene(p, values);
+            p->sceneAutomated = 1;
+            p->sceneAutomationTick = now ? now : 1;
+        }
+    }
+}
+
+void setInput(SurroundPanner* p, int i, int number, double v) {
+    PanInput& in = inputRecords(p)[i];
+    auto gainLike = [&](double& field, double value) {
+        if (sameAsFloat(field, value)) return;
+        field = value;
+        markInputDirty(p, i);
+    };
+    switch (number) {
+        case PI_GAIN: gainLike(in.gain, 4.0 * v); return;
+        case PI_LFE: gainLike(in.lfeSend, 4.0 * v); return;
+        case PI_DIVERGENCE: gainLike(in.divergence, v); return;
+        case PI_X: setInputX(p, i, -1.0 + 2.0 * v); return;
+        case PI_Y: setInputY(p, i, -1.0 + 2.0 * v); return;
+        case PI_Z: setInputZ(p, i, v); return;
+        case PI_DELAY: in.delay = 0.04 * v * v; return;  // the audio block reads it each block
+        case PI_MUTE:
+        case PI_SOLO:
+            (number == PI_MUTE ? in.mute : in.solo) = v >= 0.5 ? 1 : 0;
+            correctSelection(p);
+            return;
+    }
+}
+
+void setSpeaker(SurroundPanner* p, int s, int number, double v) {
+    PanSpeaker& spk = speakerRecords(p)[s];
+    switch (number) {
+        case PS_GAIN:
+            if (spk.gain == 4.0 * v) return;
+            spk.gain = 4.0 * v;
+            markAllInputsDirty(p);
+            return;
+        case PS_MUTE: spk.mute = v >= 0.5 ? 1 : 0; return;
+        case PS_SOLO: spk.solo = v >= 0.5 ? 1 : 0; return;
+    }
+}
+
+// The range row, or the defaults of a parameter without one; zShape tells the Z shape apart.
+ParameterRange rangeOf(ParameterRef r, bool* zShape) {
+    *zShape = r.owner == POWNER_GLOBAL && r.number == PG_ZSHAPE;
+    const ParameterRange* row = findParameterRange(r.owner, r.number);
+    return row ? *row : ParameterRange{r.owner, r.number, "", 0.0, 1.0, PFORMAT_NONE};
+}
+
+int copyOut(char* out, int capacity, const char* text) {
+    if (!out || capacity < 1) return 0;
+    int n = std::snprintf(out, size_t(capacity), "%s", text);
+    return n < 0 ? 0 : n < capacity ? n : capacity - 1;
+}
+
+}  // namespace
+
+void VST_CALL setParameter(AEffect* effect, int32_t index, float value) {
+    SurroundPanner* p = pannerFromEffect(effect);
+    if (!p || p->pendingChannelChange) return;
+    ParameterRef r = decodeParameter(p, index);
+    switch (r.owner) {
+        case POWNER_GLOBAL: setGlobal(p, r.number, value); return;
+        case POWNER_INPUT: setInput(p, r.channel, r.number, value); return;
+        case POWNER_SPEAKER: setSpeaker(p, r.channel, r.number, value); return;
+        default: return;
+    }
+}
+
+int parameterName(const SurroundPanner* p, int32_t index, char* out, int capacity) {
+    ParameterRef r = decodeParameter(p, index);
+    if (r.owner == POWNER_NONE) return copyOut(out, capacity, "");
+    if (r.owner == POWNER_GLOBAL)
+        return copyOut(out, capacity, localize(GLOBAL_PARAMETER_NAMES[r.number], TEXT_SECTION, 0));
+    const ParameterRange* row = findParameterRange(r.owner, r.number);
+    if (!out || capacity < 1) return 0;
+    int n = std::snprintf(out, size_t(capacity), "%s%d %s",
+                          localize(r.owner == POWNER_INPUT ? "in " : "out ", TEXT_SECTION, 0), r.channel + 1,
+                          localize(row->name, TEXT_SECTION, 0));
+    return n < 0 ? 0 : n < capacity ? n : capacity - 1;
+}
+
+int parameterLabel(const SurroundPanner* p, int32_t index, char* out, int capacity) {
+    ParameterRef r = decodeParameter(p, index);
+    bool zShape;
+    return copyOut(out, capacity, r.owner == POWNER_NONE ? "" : parameterUnit(rangeOf(r, &zShape).format));
+}
+
+int parameterDisplay(const SurroundPanner* p, int32_t index, char* out, int capacity, const double* value) {
+    ParameterRef r = decodeParameter(p, index);
+    if (r.owner == POWNER_NONE) return copyOut(out, capacity, "");
+    bool zShape;
+    ParameterRange range = rangeOf(r, &zShape);
+    double v = value ? *value : parameterValue(p, r);
+    if (!value) v = v < 0.0 ? 0.0 : v > 1.0 ? 1.0 : v;
+    return formatParameterValue(range.format, range.min, range.max, zShape, v, out, capacity);
+}
+
+double parameterFromText(const SurroundPanner* p, int32_t index, const char* text) {
+    ParameterRef r = decodeParameter(p, index);
+    if (r.owner == POWNER_NONE) return 0.0;
+    bool zShape;
+    ParameterRange range = rangeOf(r, &zShape);
+    return parseParameterValue(range.format, range.min, range.max, zShape, text);
+}
