@@ -1,0 +1,160 @@
+#include "host/inspect.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "engine/records.h"
+#include "host/session.h"
+#include "shell/panner.h"
+#include "shell/state_chunk.h"
+
+namespace {
+
+int fail(const char* command, const std::string& message) {
+    std::fprintf(stderr, "kelvane-host %s: %s\n", command, message.c_str());
+    return 2;
+}
+
+// Options shared by the commands that open the plugin: a channel count and a state to load.
+struct OpenOptions {
+    std::vector<std::string> positional;
+    int channels = 2;
+    std::string state;
+};
+
+std::string parseOpenOptions(int argc, char** argv, OpenOptions* o) {
+    for (int i = 0; i < argc; i++) {
+        std::string arg = argv[i];
+        if (arg == "--channels" || arg == "--state") {
+            if (i + 1 >= argc) return "option " + arg + " needs a value";
+            std::string v = argv[++i];
+            if (arg == "--state") {
+                o->state = v;
+                continue;
+            }
+            char* end = nullptr;
+            long n = std::strtol(v.c_str(), &end, 10);
+            if (v.empty() || *end || n < 1 || n > 128) return "--channels '" + v + "': expected 1 to 128";
+            o->channels = int(n);
+        } else if (arg.size() > 1 && arg[0] == '-') {
+            return "unknown option '" + arg + "'";
+        } else {
+            o->positional.push_back(arg);
+        }
+    }
+    return "";
+}
+
+// Reads a chunk file and refuses anything that is not one whole chunk.
+bool readChunkFile(const std::string& path, std::vector<unsigned char>* chunk, std::string* error) {
+    if (!readWholeFile(path, chunk, error)) return false;
+    StateChunkShape shape = stateChunkShape(chunk->data(), int32_t(chunk->size()));
+    // Versions below 3 carry nothing, and a version in the thousands is text or noise.
+    constexpr size_t HEAD_BYTES = 56;
+    if (shape.version < 3 || shape.version > 255 || chunk->size() < HEAD_BYTES) {
+        *error = path + ": not a state chunk";
+        return false;
+    }
+    if (!shape.complete) {
+        *error = path + ": damaged state chunk (version " + std::to_string(shape.version) + ", " +
+                 std::to_string(shape.inputs) + " inputs, " + std::to_string(shape.speakers) +
+                 " speakers: the records do not fit the " + std::to_string(chunk->size()) + " bytes)";
+        return false;
+    }
+    return true;
+}
+
+bool openWithState(PluginSession* s, const OpenOptions& o, std::string* error) {
+    std::vector<unsigned char> chunk;
+    if (!o.state.empty() && !readChunkFile(o.state, &chunk, error)) return false;
+    if (!sessionOpen(s, o.positional[0].c_str(), o.channels, nullptr, 48000.0, error)) return false;
+    if (!chunk.empty()) sessionLoadState(s, chunk);
+    return true;
+}
+
+void printChunk(const std::vector<unsigned char>& chunk) {
+    // The core library reads the block into a scratch instance; the plugin binary plays no part.
+    SurroundPanner* p = createPanner();
+    if (!p) return;
+    loadState(p, chunk.data(), int32_t(chunk.size()));
+    std::printf("version %d, %zu bytes\n", stateChunkShape(chunk.data(), int32_t(chunk.size())).version, chunk.size());
+    std::printf("layout id %d, family %d, channel options 0x%X, ui flags 0x%X\n", p->layoutId, p->layoutFamily,
+                p->channelOptions, p->uiFlags);
+    std::printf("center %% %.4f, side %% %.4f, pan law %.2f dB, Z shape %d\n", p->centerPercent, p->sidePercent,
+                p->panLawDb, p->zShape);
+    std::printf("%d inputs:\n", inputCount(p));
+    for (int i = 0; i < inputCount(p); i++) {
+        const PanInput& in = inputRecords(p)[i];
+        std::printf("  %3d %-24s x %7.4f y %7.4f z %6.4f gain %.4f lfe %.4f div %.4f delay %.4f s%s%s colour %08X\n",
+                    i + 1, in.name, in.posX, in.posY, in.posZ, in.gain, in.lfeSend, in.divergence, in.delay,
+                    in.mute ? " muted" : "", in.solo ? " soloed" : "", in.color);
+    }
+    std::printf("%d speakers:\n", speakerCount(p));
+    for (int s = 0; s < speakerCount(p); s++) {
+        const PanSpeaker& spk = speakerRecords(p)[s];
+        std::printf("  %3d %-24s x %7.4f y %7.4f z %6.4f gain %.4f influence %.4f%s%s%s%s\n", s + 1, spk.name,
+                    spk.posX, spk.posY, spk.posZ, spk.gain, spk.influence, spk.lfe ? " LFE" : "",
+                    spk.vacant ? " vacant" : "", spk.mute ? " muted" : "", spk.solo ? " soloed" : "");
+    }
+    destroyPanner(p);
+}
+
+}  // namespace
+
+int commandParams(int argc, char** argv) {
+    OpenOptions o;
+    std::string problem = parseOpenOptions(argc, argv, &o);
+    if (!problem.empty()) return fail("params", problem);
+    if (o.positional.size() != 1) return fail("params", "expected the path of a plugin library");
+    PluginSession s{};
+    std::string error;
+    if (!openWithState(&s, o, &error)) {
+        sessionClose(&s);
+        return fail("params", error);
+    }
+    AEffect* e = s.effect;
+    std::printf("%d parameters\n", e->numParams);
+    for (int i = 0; i < e->numParams; i++) {
+        char label[256] = {0}, display[256] = {0};
+        e->dispatcher(e, effGetParamLabel, i, 0, label, 0.0f);
+        e->dispatcher(e, effGetParamDisplay, i, 0, display, 0.0f);
+        std::printf("%5d  %-24s %10s %-3s  %.6f\n", i, sessionParameterName(&s, i).c_str(), display, label,
+                    e->getParameter(e, i));
+    }
+    sessionClose(&s);
+    return 0;
+}
+
+int commandState(int argc, char** argv) {
+    if (argc < 1) return fail("state", "expected 'show FILE' or 'get PLUGIN OUT'");
+    std::string verb = argv[0];
+    OpenOptions o;
+    std::string problem = parseOpenOptions(argc - 1, argv + 1, &o);
+    if (!problem.empty()) return fail("state", problem);
+    std::string error;
+    if (verb == "show") {
+        if (o.positional.size() != 1) return fail("state", "show expects one chunk file");
+        std::vector<unsigned char> chunk;
+        if (!readChunkFile(o.positional[0], &chunk, &error)) return fail("state", error);
+        printChunk(chunk);
+        return 0;
+    }
+    if (verb == "get") {
+        if (o.positional.size() != 2) return fail("state", "get expects a plugin and an output file");
+        if (!folderExists(o.positional[1])) return fail("state", o.positional[1] + ": the folder does not exist");
+        PluginSession s{};
+        if (!openWithState(&s, o, &error)) {
+            sessionClose(&s);
+            return fail("state", error);
+        }
+        std::vector<unsigned char> chunk = sessionSaveState(&s);
+        sessionClose(&s);
+        if (chunk.empty()) return fail("state", "the plugin gave no state");
+        if (!writeFileSafely(o.positional[1], chunk, &error)) return fail("state", error);
+        std::printf("wrote %zu bytes to %s\n", chunk.size(), o.positional[1].c_str());
+        return 0;
+    }
+    return fail("state", "unknown verb '" + verb + "' (show or get)");
+}

@@ -1,0 +1,228 @@
+#include "host/session.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+
+#include "layouts/layouts.h"
+#include "shell/panner.h"
+#include "shell/state_chunk.h"
+
+// Vendor calls of the effect's named values.
+constexpr int32_t VENDOR_READ_NAMED = 23;
+constexpr int32_t VENDOR_WRITE_NAMED = 24;
+constexpr int32_t VENDOR_TEXT_TO_VALUE = 27;
+constexpr intptr_t VENDOR_ANSWER_KNOWN = 0xF00D;
+constexpr intptr_t VENDOR_ANSWER_DONE = 0xBEEF;
+
+bool sessionOpen(PluginSession* s, const char* pluginPath, int channels, const char* iniPath, double sampleRate,
+                 std::string* error) {
+    s->host = nullptr;
+    s->effect = nullptr;
+    if (!pluginLibraryOpen(&s->library, pluginPath)) {
+        *error = s->library.error;
+        return false;
+    }
+    s->host = refHostCreate();
+    if (!s->host) {
+        *error = "too many hosts in one process";
+        sessionClose(s);
+        return false;
+    }
+    s->host->channelCount = channels;
+    s->host->iniPath = iniPath ? iniPath : "";
+    s->host->sampleRate = sampleRate;
+    s->effect = s->library.main(refHostCallback(s->host));
+    if (!s->effect) {
+        *error = std::string(pluginPath) + ": VSTPluginMain returned no effect";
+        sessionClose(s);
+        return false;
+    }
+    s->effect->dispatcher(s->effect, effOpen, 0, 0, nullptr, 0.0f);
+    s->effect->dispatcher(s->effect, effSetSampleRate, 0, 0, nullptr, float(sampleRate));
+    s->effect->dispatcher(s->effect, effMainsChanged, 0, 1, nullptr, 0.0f);
+    return true;
+}
+
+void sessionClose(PluginSession* s) {
+    if (s->effect) s->effect->dispatcher(s->effect, effClose, 0, 0, nullptr, 0.0f);
+    s->effect = nullptr;
+    refHostDestroy(s->host);
+    s->host = nullptr;
+    pluginLibraryClose(&s->library);
+}
+
+static int readNamedCount(PluginSession* s, const char* name, int fallback) {
+    char text[64] = {0};
+    intptr_t answer = s->effect->dispatcher(s->effect, effVendorSpecific, VENDOR_READ_NAMED,
+                                            reinterpret_cast<intptr_t>(name), text, float(sizeof text));
+    if (answer != VENDOR_ANSWER_KNOWN) return fallback;
+    return std::atoi(text);
+}
+
+int sessionInputCount(PluginSession* s) { return readNamedCount(s, "NUMCHANNELS", s->effect->numInputs); }
+int sessionSpeakerCount(PluginSession* s) { return readNamedCount(s, "NUMSPEAKERS", s->effect->numOutputs); }
+
+void sessionWriteNamed(PluginSession* s, const char* name, const std::string& text) {
+    std::string buffer = text;
+    s->effect->dispatcher(s->effect, effVendorSpecific, VENDOR_WRITE_NAMED, reinterpret_cast<intptr_t>(name),
+                          buffer.data(), 0.0f);
+    s->effect->dispatcher(s->effect, effIdle, 0, 0, nullptr, 0.0f);
+}
+
+std::string sessionParameterName(PluginSession* s, int index) {
+    char name[256] = {0};
+    s->effect->dispatcher(s->effect, effGetParamName, index, 0, name, 0.0f);
+    return name;
+}
+
+int sessionFindParameter(PluginSession* s, const std::string& name) {
+    for (int i = 0; i < s->effect->numParams; i++)
+        if (sessionParameterName(s, i) == name) return i;
+    return -1;
+}
+
+bool sessionSetFromText(PluginSession* s, int index, const std::string& text) {
+    char buffer[256];
+    std::snprintf(buffer, sizeof buffer, "%s", text.c_str());
+    intptr_t answer = s->effect->dispatcher(s->effect, effVendorSpecific, VENDOR_TEXT_TO_VALUE, index, buffer, 0.0f);
+    if (answer != VENDOR_ANSWER_DONE) return false;
+    s->effect->setParameter(s->effect, index, float(std::strtod(buffer, nullptr)));
+    return true;
+}
+
+std::vector<unsigned char> sessionSaveState(PluginSession* s) {
+    void* data = nullptr;
+    intptr_t size = s->effect->dispatcher(s->effect, effGetChunk, 0, 0, &data, 0.0f);
+    if (!data || size <= 0) return {};
+    const unsigned char* b = static_cast<const unsigned char*>(data);
+    return std::vector<unsigned char>(b, b + size);
+}
+
+void sessionLoadState(PluginSession* s, const std::vector<unsigned char>& chunk) {
+    s->effect->dispatcher(s->effect, effSetChunk, 0, intptr_t(chunk.size()),
+                          const_cast<unsigned char*>(chunk.data()), 0.0f);
+}
+
+bool readWholeFile(const std::string& path, std::vector<unsigned char>* out, std::string* error) {
+    FILE* f = std::fopen(path.c_str(), "rb");
+    if (!f) {
+        *error = path + ": cannot open: " + std::strerror(errno);
+        return false;
+    }
+    out->clear();
+    unsigned char chunk[65536];
+    size_t n;
+    while ((n = std::fread(chunk, 1, sizeof chunk, f)) > 0) out->insert(out->end(), chunk, chunk + n);
+    bool ok = !std::ferror(f);
+    std::fclose(f);
+    if (!ok) *error = path + ": read error";
+    return ok;
+}
+
+bool writeFileSafely(const std::string& path, const std::vector<unsigned char>& bytes, std::string* error) {
+    std::string temp = path + ".partial";
+    FILE* f = std::fopen(temp.c_str(), "wb");
+    if (!f) {
+        *error = path + ": cannot write: " + std::strerror(errno);
+        return false;
+    }
+    bool ok = std::fwrite(bytes.data(), 1, bytes.size(), f) == bytes.size();
+    ok = std::fclose(f) == 0 && ok;
+    std::error_code ec;
+    if (ok) std::filesystem::rename(temp, path, ec);
+    if (!ok || ec) {
+        std::filesystem::remove(temp, ec);
+        *error = path + ": cannot write";
+        return false;
+    }
+    return true;
+}
+
+bool folderExists(const std::string& path) {
+    std::filesystem::path folder = std::filesystem::path(path).parent_path();
+    if (folder.empty()) folder = ".";
+    std::error_code ec;
+    return std::filesystem::is_directory(folder, ec);
+}
+
+bool sessionApplyLayout(PluginSession* s, int layoutId, std::string* error) {
+    std::vector<unsigned char> chunk = sessionSaveState(s);
+    if (chunk.empty()) {
+        *error = "the plugin gives no state to put the layout into";
+        return false;
+    }
+    SurroundPanner* p = createPanner();
+    if (!p) {
+        *error = "out of memory";
+        return false;
+    }
+    loadState(p, chunk.data(), int32_t(chunk.size()));
+    bool applied = applyLayout(p, layoutId) == layoutId;
+    void* data = nullptr;
+    int32_t size = applied ? saveState(p, &data) : 0;
+    std::vector<unsigned char> composed(static_cast<unsigned char*>(data), static_cast<unsigned char*>(data) + size);
+    destroyPanner(p);
+    if (composed.empty()) {
+        *error = "layout " + std::to_string(layoutId) + " could not be applied";
+        return false;
+    }
+    sessionLoadState(s, composed);
+    return true;
+}
+
+namespace {
+
+std::string lowered(const std::string& text) {
+    std::string out = text;
+    for (char& c : out) c = char(std::tolower(static_cast<unsigned char>(c)));
+    return out;
+}
+
+size_t editDistance(const std::string& a, const std::string& b) {
+    std::vector<size_t> row(b.size() + 1);
+    for (size_t j = 0; j <= b.size(); j++) row[j] = j;
+    for (size_t i = 1; i <= a.size(); i++) {
+        size_t diagonal = row[0];
+        row[0] = i;
+        for (size_t j = 1; j <= b.size(); j++) {
+            size_t above = row[j];
+            row[j] = std::min({row[j] + 1, row[j - 1] + 1, diagonal + (a[i - 1] == b[j - 1] ? 0 : 1)});
+            diagonal = above;
+        }
+    }
+    return row[b.size()];
+}
+
+}  // namespace
+
+int findLayoutByName(const std::string& name, std::string* closest) {
+    std::string wanted = lowered(name);
+    std::vector<const LayoutRow*> prefixed;
+    for (int i = 0; i < LAYOUT_COUNT; i++) {
+        const LayoutRow& row = LAYOUT_TABLE[i];
+        if (row.id == 0) continue;
+        std::string candidate = lowered(row.name);
+        if (candidate == wanted) return row.id;
+        if (!wanted.empty() && candidate.compare(0, wanted.size(), wanted) == 0) prefixed.push_back(&row);
+    }
+    if (prefixed.size() == 1) return prefixed[0]->id;
+    // Ambiguous: the names it starts; unknown: the three nearest by edit distance.
+    std::vector<std::pair<size_t, const char*>> ranked;
+    if (!prefixed.empty()) {
+        for (const LayoutRow* row : prefixed) ranked.push_back({0, row->name});
+    } else {
+        for (int i = 0; i < LAYOUT_COUNT; i++)
+            if (LAYOUT_TABLE[i].id != 0)
+                ranked.push_back({editDistance(wanted, lowered(LAYOUT_TABLE[i].name)), LAYOUT_TABLE[i].name});
+        std::stable_sort(ranked.begin(), ranked.end(),
+                         [](const auto& a, const auto& b) { return a.first < b.first; });
+        if (ranked.size() > 3) ranked.resize(3);
+    }
+    closest->clear();
+    for (const auto& entry : ranked) *closest += (closest->empty() ? "\"" : ", \"") + std::string(entry.second) + "\"";
+    return prefixed.empty() ? -1 : LAYOUT_NAME_AMBIGUOUS;
+}

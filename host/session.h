@@ -1,0 +1,61 @@
+// A plugin instance driven by the reference host: the library, the host, the effect, and the
+// calls a DAW makes around them (counts, parameters by name, chunks, blocks). Used by the
+// kelvane-host commands and by the tests that drive the real binary.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/host.h"
+#include "host/loader.h"
+
+struct PluginSession {
+    PluginLibrary library;
+    RefHost* host;
+    AEffect* effect;
+};
+
+// [one thread] Loads the library, makes a host with the channel count and ini path given, and
+// instantiates and opens the effect at the sample rate. Returns false with a one-line reason.
+bool sessionOpen(PluginSession* s, const char* pluginPath, int channels, const char* iniPath, double sampleRate,
+                 std::string* error);
+// [one thread] Closes the effect, the host and the library; safe on a session that failed to open.
+void sessionClose(PluginSession* s);
+
+// [one thread] The present input and speaker counts, as the effect tells them by its named
+// values; the AEffect counts when it does not.
+int sessionInputCount(PluginSession* s);
+int sessionSpeakerCount(PluginSession* s);
+
+// [one thread] Writes a named value ("NUMCHANNELS", "NUMSPEAKERS", "RESETCHANNELS") and runs the
+// idle call that lets the change reach the host.
+void sessionWriteNamed(PluginSession* s, const char* name, const std::string& text);
+
+// [one thread] The name of parameter index; the index of a name, or -1.
+std::string sessionParameterName(PluginSession* s, int index);
+int sessionFindParameter(PluginSession* s, const std::string& name);
+// [one thread] Sets a parameter from a display text through the effect's own text-to-value call.
+// Returns false when the effect does not parse texts.
+bool sessionSetFromText(PluginSession* s, int index, const std::string& text);
+
+// [one thread] The state chunk, or an empty vector; and loading one.
+std::vector<unsigned char> sessionSaveState(PluginSession* s);
+void sessionLoadState(PluginSession* s, const std::vector<unsigned char>& chunk);
+
+// [one thread] Puts the built-in layout `layoutId` into the effect: the core library composes it
+// onto the effect's own state, and the result goes back in as a chunk, as a host restoring a
+// project would. False with a one-line reason.
+bool sessionApplyLayout(PluginSession* s, int layoutId, std::string* error);
+// The built-in layout a name picks, exactly or by a unique prefix, without regard to case
+// ("Custom speakers" is no layout to pick). -1 when none matches, LAYOUT_NAME_AMBIGUOUS when
+// several do; `closest` then names the nearest or the matching layouts, comma-separated.
+constexpr int LAYOUT_NAME_AMBIGUOUS = -2;
+int findLayoutByName(const std::string& name, std::string* closest);
+
+// [one thread] Reads a whole file; false with a one-line reason naming it.
+bool readWholeFile(const std::string& path, std::vector<unsigned char>* out, std::string* error);
+// [one thread] Writes a file through a temporary beside it, renamed over the target only when
+// everything was written. False with a one-line reason; the target is then untouched.
+bool writeFileSafely(const std::string& path, const std::vector<unsigned char>& bytes, std::string* error);
+// The folder part of a path ("." for a bare name) and whether it exists as a folder.
+bool folderExists(const std::string& path);

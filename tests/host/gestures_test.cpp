@@ -1,0 +1,41 @@
+// Gestures as the host sees them, through the real plugin binary: begin, values, end, in order.
+#include <gtest/gtest.h>
+
+#include "host/session.h"
+#include "plugin_paths.h"
+
+namespace {
+
+std::vector<AudioMasterCall> gestureCalls(RefHost* host) {
+    std::vector<AudioMasterCall> out;
+    for (const AudioMasterCall& c : refHostCalls(host))
+        if (c.opcode == audioMasterBeginEdit || c.opcode == audioMasterEndEdit || c.opcode == audioMasterAutomate)
+            out.push_back(c);
+    return out;
+}
+
+}  // namespace
+
+TEST(GestureTest, ChangesReachTheHostInsideGestures) {
+    PluginSession s{};
+    std::string error;
+    ASSERT_TRUE(sessionOpen(&s, pluginPath().c_str(), 2, nullptr, 48000.0, &error)) << error;
+    AEffect* e = s.effect;
+    // Z shapes set by the host move heights, and each change is reported inside a gesture.
+    refHostClearCalls(s.host);
+    int zShape = sessionFindParameter(&s, "Z shape");
+    ASSERT_EQ(zShape, 2);
+    e->setParameter(e, zShape, 1.0f / 6);  // "dome +": both inputs at the centre rise to 1.0
+    std::vector<AudioMasterCall> calls = gestureCalls(s.host);
+    ASSERT_EQ(calls.size(), 4u);
+    EXPECT_EQ(calls[0].opcode, audioMasterBeginEdit);
+    EXPECT_EQ(calls[0].index, 6 + 3) << "input 1's Z, in index order";
+    EXPECT_EQ(calls[1].opcode, audioMasterAutomate);
+    EXPECT_EQ(calls[1].opt, 1.0f);
+    EXPECT_EQ(calls[2].index, 6 + 9 + 3);
+    // Idle closes the gestures once they are old; closing goes in list order, high to low.
+    refHostClearCalls(s.host);
+    e->dispatcher(e, effIdle, 0, 0, nullptr, 0.0f);  // too early: nothing closes
+    EXPECT_TRUE(gestureCalls(s.host).empty());
+    sessionClose(&s);
+}
