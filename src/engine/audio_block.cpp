@@ -81,21 +81,22 @@ bool lockedHead(SurroundPanner* p, BlockHead* h) {
     h->firstSpeakerStrip = p->firstSpeakerStrip < STRIP_START_MAX ? p->firstSpeakerStrip : STRIP_START_MAX;
     for (int k = 0; k < METER_STRIPS; k++) {
         int i = h->firstInputStrip + k;
-        h->meterGains[k] = (i >= 0 && i < h->nIn) ? in[i].gain : 1.0;
+        h->meterGains[k] = (i >= 0 && i < h->nIn) ? sharedLoad(in[i].gain) : 1.0;
     }
     // 5 to 7. Solo state, each input's delay in samples, and who is active.
     bool inputsSoloed = anyInputSolo(p), speakersSoloed = anySpeakerSolo(p);
-    h->sampleRate = p->sampleRate;
+    h->sampleRate = sharedLoad(p->sampleRate);
     int32_t* delays = growItems<int32_t>(p->inputDelays);
     std::memset(h->inputActive, 0, sizeof h->inputActive);
     std::memset(h->speakerActive, 0, sizeof h->speakerActive);
     for (int i = 0; i < h->nIn; i++) {
-        delays[i] = delayInSamples(in[i].delay, h->sampleRate);
-        if ((!inputsSoloed && !in[i].mute) || in[i].solo) setBit(h->inputActive, i);
+        delays[i] = delayInSamples(sharedLoad(in[i].delay), h->sampleRate);
+        if ((!inputsSoloed && !sharedLoad(in[i].mute)) || sharedLoad(in[i].solo)) setBit(h->inputActive, i);
     }
     const PanSpeaker* spk = speakerRecords(p);
     for (int s = 0; s < h->nSpk; s++)
-        if (!spk[s].vacant && ((!speakersSoloed && !spk[s].mute) || spk[s].solo)) setBit(h->speakerActive, s);
+        if (!sharedLoad(spk[s].vacant) && ((!speakersSoloed && !sharedLoad(spk[s].mute)) || sharedLoad(spk[s].solo)))
+            setBit(h->speakerActive, s);
     return true;
 }
 

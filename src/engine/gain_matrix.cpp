@@ -80,28 +80,30 @@ void fillInputGains(SurroundPanner* p, int input, double* row, int n) {
     double* g = growItems<double>(p->gainRowScratch);
 
     // 1, 2. A clean row; the LFE speakers get the input's LFE send and nothing else.
-    for (int s = 0; s < n; s++) row[s] = (spk[s].lfe && !spk[s].vacant) ? in.lfeSend * spk[s].gain : 0.0;
+    const double lfeSend = sharedLoad(in.lfeSend);
+    for (int s = 0; s < n; s++) row[s] = isPanningSpeaker(spk[s]) || spk[s].vacant ? 0.0 : lfeSend * sharedLoad(spk[s].gain);
     // 3. The input that is the LFE channel feeds the LFE speakers only.
-    if ((p->channelOptions & CHANNEL_OPTION_LFE_INPUT) && input == 3) return;
+    if ((sharedLoad(p->channelOptions) & CHANNEL_OPTION_LFE_INPUT) && input == 3) return;
 
     // 4. The point, bent like the speakers when they were bent onto the grid.
-    double point[3] = {in.posX, in.posY, in.posZ};
+    double point[3] = {sharedLoad(in.posX), sharedLoad(in.posY), sharedLoad(in.posZ)};
     if (p->warpActive && polarFromXY(point[0], point[1], point[2]).radius != 0.0)
         warpPoint(p, point[0], point[1], point[2], nullptr, &point[0], &point[1]);
 
     // 5. Blend weights of the four sets; they sum to 1.
-    double c = (p->speakerFlagsUnion & SPK_CENTERGROUP) ? p->centerPercent : 1.0;
-    double d = (p->speakerFlagsUnion & SPK_SIDEGROUP) ? p->sidePercent : 1.0;
+    double c = (p->speakerFlagsUnion & SPK_CENTERGROUP) ? sharedLoad(p->centerPercent) : 1.0;
+    double d = (p->speakerFlagsUnion & SPK_SIDEGROUP) ? sharedLoad(p->sidePercent) : 1.0;
     double hi = std::fmax(c, d);
     const double weights[SPEAKER_SET_COUNT] = {std::fmin(c, d), hi - c, hi - d, 1.0 - hi};
 
     // 6. Each set's box gains, widened by divergence at the same total amplitude.
+    const double lawDb = sharedLoad(p->panLawDb), divergence = sharedLoad(in.divergence);
     for (int set = 0; set < SPEAKER_SET_COUNT; set++) {
         double w = weights[set];
         if (w == 0.0) continue;
-        double sum = setRow(spk, n, set, point, 0.0, p->panLawDb, g);
-        if (in.divergence > 0.0) {
-            double sum2 = setRow(spk, n, set, point, in.divergence, p->panLawDb, g);
+        double sum = setRow(spk, n, set, point, 0.0, lawDb, g);
+        if (divergence > 0.0) {
+            double sum2 = setRow(spk, n, set, point, divergence, lawDb, g);
             if (sum2 > 0.0)
                 for (int s = 0; s < n; s++) g[s] *= sum / sum2;
         }
@@ -109,8 +111,9 @@ void fillInputGains(SurroundPanner* p, int input, double* row, int n) {
     }
 
     // 7. The input's and each speaker's own gain.
+    const double gain = sharedLoad(in.gain);
     for (int s = 0; s < n; s++)
-        if (!spk[s].lfe && !spk[s].vacant) row[s] = in.gain * spk[s].gain * row[s];
+        if (isPanningSpeaker(spk[s])) row[s] = gain * sharedLoad(spk[s].gain) * row[s];
 }
 
 }  // namespace

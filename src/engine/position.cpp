@@ -197,7 +197,7 @@ void finishEdit(SurroundPanner* p, bool updateScene) {
         bool changed = false;
         for (int a = 0; a < 3; a++) {
             if (*stored[a] == now[a]) continue;
-            *stored[a] = now[a];
+            sharedStore(*stored[a], now[a]);
             changed = true;
             if (i < CHANNEL_MASK_BITS) noted[a][i >> 6] |= uint64_t(1) << (i & 63);
         }
@@ -334,10 +334,14 @@ static void setInputAxis(SurroundPanner* p, int index, int axis, double value) {
     PanInput& in = inputRecords(p)[index];
     double* pos = axis == 0 ? &in.posX : axis == 1 ? &in.posY : &in.posZ;
     if (*pos == value) return;
-    *pos = value;
+    sharedStore(*pos, value);
     *workAxis(in, axis) = value;
     (axis == 0 ? in.editStartX : axis == 1 ? in.editStartY : in.editStartZ) = value;
-    if (p->zShape != ZSHAPE_NONE) in.posZ = in.workZ = in.editStartZ = zFromShape(p->zShape, in.posX, in.posY);
+    if (p->zShape != ZSHAPE_NONE) {
+        double z = zFromShape(p->zShape, in.posX, in.posY);
+        sharedStore(in.posZ, z);
+        in.workZ = in.editStartZ = z;
+    }
     markInputDirty(p, index);
 }
 
@@ -355,7 +359,7 @@ void changeZShape(SurroundPanner* p, int shape) {
         PanInput& in = inputRecords(p)[i];
         double z = zFromShape(shape, in.posX, in.posY);
         if (z == in.posZ) continue;
-        in.posZ = z;
+        sharedStore(in.posZ, z);
         notifyParameter(p, i, -1, PI_Z);
         markInputDirty(p, i);
     }
@@ -363,10 +367,10 @@ void changeZShape(SurroundPanner* p, int shape) {
 
 void setLfeChannel(SurroundPanner* p, bool on) {
     if (on) {
-        p->channelOptions |= CHANNEL_OPTION_LFE_INPUT;
-        if (inputCount(p) > 3 && inputRecords(p)[3].lfeSend == 0.0) inputRecords(p)[3].lfeSend = 1.0;
+        sharedStore(p->channelOptions, p->channelOptions | CHANNEL_OPTION_LFE_INPUT);
+        if (inputCount(p) > 3 && inputRecords(p)[3].lfeSend == 0.0) sharedStore(inputRecords(p)[3].lfeSend, 1.0);
     } else {
-        p->channelOptions &= ~CHANNEL_OPTION_LFE_INPUT;
+        sharedStore(p->channelOptions, p->channelOptions & ~uint32_t(CHANNEL_OPTION_LFE_INPUT));
     }
     markInputDirty(p, 3);
 }

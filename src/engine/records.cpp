@@ -77,9 +77,9 @@ Point3 fromSpherical(double length, double azimuth, double elevation) {
 bool anyInputSolo(const SurroundPanner* p) {
     int n = inputCount(p);
     const PanInput* in = inputRecords(p);
-    bool skipLfe = (p->channelOptions & CHANNEL_OPTION_LFE_INPUT) != 0;
+    bool skipLfe = (sharedLoad(p->channelOptions) & CHANNEL_OPTION_LFE_INPUT) != 0;
     for (int i = 0; i < n; i++)
-        if (in[i].solo && !(skipLfe && i == 3)) return true;
+        if (sharedLoad(in[i].solo) && !(skipLfe && i == 3)) return true;
     return false;
 }
 
@@ -87,6 +87,6 @@ bool anySpeakerSolo(const SurroundPanner* p) {
     int n = speakerCount(p);
     const PanSpeaker* spk = speakerRecords(p);
     for (int i = 0; i < n; i++)
-        if (spk[i].solo && !spk[i].vacant) return true;
+        if (sharedLoad(spk[i].solo) && !sharedLoad(spk[i].vacant)) return true;
     return false;
 }

@@ -3,9 +3,23 @@
 // Everything that knows a channel reads or writes these records directly.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 
 struct SurroundPanner;
+
+// Single fields that a host, dialog or view thread writes without stateLock while the audio
+// thread reads them (gain, lfeSend, position, divergence, delay, mute, solo, center % and the
+// like): both sides go through these, so that each access is one whole load or store and the
+// compiler neither tears nor merges it with its neighbours.
+template <class T>
+inline T sharedLoad(const T& field) {
+    return std::atomic_ref<T>(const_cast<T&>(field)).load(std::memory_order_relaxed);
+}
+template <class T>
+inline void sharedStore(T& field, T value) {
+    std::atomic_ref<T>(field).store(value, std::memory_order_relaxed);
+}
 
 struct PanInput {
     double gain;

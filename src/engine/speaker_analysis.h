@@ -22,7 +22,7 @@ constexpr double EXACT_SLACK = 0.01;
 constexpr double ALIGN_SLACK = 0.001;
 
 // A speaker that takes part in panning: neither an LFE channel nor a vacant one.
-inline bool isPanningSpeaker(const PanSpeaker& s) { return !s.lfe && !s.vacant; }
+inline bool isPanningSpeaker(const PanSpeaker& s) { return !sharedLoad(s.lfe) && !sharedLoad(s.vacant); }
 
 // [any thread, takes stateLock] Recomputes flags, speakerFlagsUnion, the polar cache, the grid
 // positions and warpActive of every speaker.

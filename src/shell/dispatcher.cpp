@@ -328,7 +328,7 @@ intptr_t VST_CALL dispatcher(AEffect* effect, int32_t opcode, int32_t index, int
             return 0;
         case effSetSampleRate:
             // A rate no audio device runs at is ignored; it would size delay lines absurdly.
-            if (opt >= SAMPLE_RATE_MIN && opt <= SAMPLE_RATE_MAX) p->sampleRate = opt;
+            if (opt >= SAMPLE_RATE_MIN && opt <= SAMPLE_RATE_MAX) sharedStore(p->sampleRate, double(opt));
             return 0;
         case effMainsChanged:
         case effStopProcess:

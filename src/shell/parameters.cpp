@@ -39,7 +39,7 @@ void setGlobal(SurroundPanner* p, int number, double v) {
         case PG_SIDE: {
             double& field = number == PG_CENTER ? p->centerPercent : p->sidePercent;
             if (sameAsFloat(field, v)) return;
-            field = v;
+            sharedStore(field, v);
             markAllInputsDirty(p);
             return;
         }
@@ -66,7 +66,7 @@ void setInput(SurroundPanner* p, int i, int number, double v) {
     PanInput& in = inputRecords(p)[i];
     auto gainLike = [&](double& field, double value) {
         if (sameAsFloat(field, value)) return;
-        field = value;
+        sharedStore(field, value);
         markInputDirty(p, i);
     };
     switch (number) {
@@ -76,10 +76,10 @@ void setInput(SurroundPanner* p, int i, int number, double v) {
         case PI_X: setInputX(p, i, -1.0 + 2.0 * v); return;
         case PI_Y: setInputY(p, i, -1.0 + 2.0 * v); return;
         case PI_Z: setInputZ(p, i, v); return;
-        case PI_DELAY: in.delay = 0.04 * v * v; return;  // the audio block reads it each block
+        case PI_DELAY: sharedStore(in.delay, 0.04 * v * v); return;  // the audio block reads it each block
         case PI_MUTE:
         case PI_SOLO:
-            (number == PI_MUTE ? in.mute : in.solo) = v >= 0.5 ? 1 : 0;
+            sharedStore(number == PI_MUTE ? in.mute : in.solo, uint8_t(v >= 0.5 ? 1 : 0));
             correctSelection(p);
             return;
     }
@@ -90,11 +90,11 @@ void setSpeaker(SurroundPanner* p, int s, int number, double v) {
     switch (number) {
         case PS_GAIN:
             if (spk.gain == 4.0 * v) return;
-            spk.gain = 4.0 * v;
+            sharedStore(spk.gain, 4.0 * v);
             markAllInputsDirty(p);
             return;
-        case PS_MUTE: spk.mute = v >= 0.5 ? 1 : 0; return;
-        case PS_SOLO: spk.solo = v >= 0.5 ? 1 : 0; return;
+        case PS_MUTE: sharedStore(spk.mute, uint8_t(v >= 0.5 ? 1 : 0)); return;
+        case PS_SOLO: sharedStore(spk.solo, uint8_t(v >= 0.5 ? 1 : 0)); return;
     }
 }
 

@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <thread>
 
+#include "shell/parameter_map.h"
+#include "shell/parameters.h"
 #include "support/audio_run.h"
 #include "support/panner_fixture.h"
 #include "support/speaker_rigs.h"
@@ -67,6 +69,7 @@ TEST_F(PannerTest, AudioRunsCleanWhileAnotherThreadChangesEverything) {
     countAnswer = 6;
     SurroundPanner* p = createPanner();
     placeRig(p, surround51Rig());
+    p->effect.numParams = 1000;  // the counts change under the writer; indices past them are ignored
     std::atomic<bool> stop{false};
     std::thread editor([&] {
         for (int k = 0; !stop.load(); k++) {
@@ -81,14 +84,21 @@ TEST_F(PannerTest, AudioRunsCleanWhileAnotherThreadChangesEverything) {
                 placeRig(p, k % 100 ? surround51Rig() : smpte71Rig());
                 continue;
             }
-            LockHold hold(&p->stateLock);  // records are written under the lock or as single fields
+            // Single fields go the way a host's automation takes them: no lock, one field each.
             if (n == 0) continue;
-            PanInput& in = inputRecords(p)[k % n];
-            in.posX = (k % 7) / 3.5 - 1.0;
-            in.gain = 1.0 + (k % 3);
-            in.mute = uint8_t(k % 5 == 0);
-            in.delay = 0.001 * (k % 11);
-            markInputDirty(p, k % n);
+            int i = k % n, base = 6 + 9 * (k % n);
+            float v = float(k % 7) / 6.0f;
+            setParameter(&p->effect, base + PI_X, v);
+            setParameter(&p->effect, base + PI_GAIN, 0.25f + 0.25f * float(k % 3));
+            setParameter(&p->effect, base + PI_MUTE, float(k % 5 == 0));
+            setParameter(&p->effect, base + PI_SOLO, float(k % 13 == 0));
+            setParameter(&p->effect, base + PI_DELAY, v * 0.5f);
+            setParameter(&p->effect, base + PI_DIVERGENCE, v);
+            setParameter(&p->effect, PG_CENTER, v);
+            int speakerBase = 6 + 9 * n + 3 * (k % speakerCount(p));
+            setParameter(&p->effect, speakerBase + PS_GAIN, 0.25f);
+            setParameter(&p->effect, speakerBase + PS_SOLO, float(k % 17 == 0));
+            markInputDirty(p, i);
         }
     });
     AudioRun run(p);
