@@ -99,12 +99,11 @@ void suspend(SurroundPanner* p) {
     p->audioSpeakers = -1;
 }
 
-// A change of the counts reaches the host at the next idle call; a second change before then
-// keeps the counts the host still knows.
+// A change of the counts reaches the host at the next idle call, told against the counts noted
+// here; forced asks the host to resize its outputs as well.
 void notePendingChange(SurroundPanner* p, bool forced) {
-    if (!p->pendingChannelChange)
-        p->pendingChannelChange = uint32_t(inputCount(p)) | uint32_t(speakerCount(p)) << 8;
-    if (forced) p->pendingChannelChange |= PENDING_FORCED;
+    p->pendingChannelChange =
+        uint32_t(inputCount(p)) | uint32_t(speakerCount(p)) << 8 | (forced ? uint32_t(PENDING_FORCED) : 0u);
 }
 
 intptr_t editGetRect(SurroundPanner* p, void* ptr) {

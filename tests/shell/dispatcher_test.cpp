@@ -168,6 +168,14 @@ TEST_F(DispatcherTest, NamedValuesReadAndWriteTheCounts) {
     EXPECT_EQ(r[1].ptr, countWord(4, 2));
     EXPECT_EQ(readNamed("NUMCHANNELS"), "4");
 
+    // A second write before the idle call notes the counts it started from, not the first ones.
+    writeNamed("NUMCHANNELS", "5");
+    writeNamed("NUMCHANNELS", "3");
+    EXPECT_EQ(p->pendingChannelChange, 5u | 2u << 8 | 0x10000u);
+    idle();
+    writeNamed("NUMCHANNELS", "4");
+    idle();
+
     for (const char* bad : {"0", "129", "x", ""}) {
         writeNamed("NUMCHANNELS", bad);
         EXPECT_EQ(inputCount(p), 4) << "\"" << bad << "\" is ignored";
