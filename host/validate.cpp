@@ -1,6 +1,7 @@
 #include "host/validate.h"
 
 #include <atomic>
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -10,7 +11,14 @@
 #include <thread>
 #include <vector>
 
+#include "host/alloc_watch.h"
 #include "host/session.h"
+
+#if !defined(_WIN32)
+#include <csignal>
+#include <sys/wait.h>
+#include <unistd.h>
+#endif
 
 namespace {
 
@@ -190,10 +198,18 @@ bool testAudio(Validation& v, Check& c) {
             if (!a.open(v, 6, rate, c)) return false;
             bool muted = a.setByName("out 2 mute", 1.0f);  // a muted speaker is reached by nothing
             int total = std::max(block * 3, int(rate * 0.05));
-            for (int done = 0; done < total; done += block) {
+            for (int done = 0, index = 0; done < total; done += block, index++) {
                 a.shape(block);
                 a.noise(v.rng, block);
+                // Once a shape has run twice, a block has everything it needs: it may not allocate.
+                bool steady = index >= 2 && allocWatchAvailable();
+                if (steady) allocWatchBegin();
                 a.process(block);
+                long made = steady ? allocWatchEnd() : 0;
+                if (made)
+                    return c.fail("the audio block allocates (" + std::to_string(made) + (made == 1 ? " heap allocation" : " heap allocations") + " in steady block " +
+                                  std::to_string(index) + ") at " + std::to_string(int(rate)) + " Hz, block " +
+                                  std::to_string(block));
                 if (!a.outputsSound(block, c)) return c.fail(c.why + " at " + std::to_string(int(rate)) + " Hz, block " + std::to_string(block));
                 if (muted && a.out.size() > 1)
                     for (int n = 0; n < block; n++)
@@ -389,6 +405,63 @@ const ValidatorTest VALIDATOR_TESTS[] = {
     {"threads", 8, testThreads},
 };
 
+// A test that ran longer than this is taken to hang.
+constexpr unsigned TEST_TIME_LIMIT_S = 600;
+
+// Runs one test; true when it passed, else *why says what failed. On POSIX the test runs in a
+// child process, so that a plugin that crashes or hangs fails that test with the cause named
+// and the battery goes on; Windows runs it in this process.
+bool runTest(const ValidatorTest& t, Validation& v, std::string* why) {
+#if !defined(_WIN32)
+    int fds[2] = {-1, -1};
+    std::fflush(nullptr);
+    pid_t pid = pipe(fds) == 0 ? fork() : -1;
+    if (pid == 0) {
+        close(fds[0]);
+        alarm(TEST_TIME_LIMIT_S);
+        Check c;
+        bool ok = t.run(v, c) && c.ok();
+        std::string result = ok ? "P" : "F" + (c.why.empty() ? std::string("failed") : c.why);
+        for (size_t sent = 0; sent < result.size();) {
+            ssize_t n = write(fds[1], result.data() + sent, result.size() - sent);
+            if (n <= 0) break;
+            sent += size_t(n);
+        }
+        _exit(0);
+    }
+    if (pid > 0) {
+        close(fds[1]);
+        std::string result;
+        char chunk[512];
+        for (ssize_t n; (n = read(fds[0], chunk, sizeof chunk)) != 0;)
+            if (n > 0) result.append(chunk, size_t(n));
+            else if (errno != EINTR) break;
+        close(fds[0]);
+        int status = 0;
+        while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {}
+        if (!result.empty()) {
+            *why = result.substr(1);
+            return result[0] == 'P';
+        }
+        if (WIFSIGNALED(status) && WTERMSIG(status) == SIGALRM)
+            *why = "did not finish within " + std::to_string(TEST_TIME_LIMIT_S) + " s";
+        else if (WIFSIGNALED(status))
+            *why = "the plugin crashed (signal " + std::to_string(WTERMSIG(status)) + ", " + strsignal(WTERMSIG(status)) + ")";
+        else
+            *why = "the plugin ended the process (exit status " + std::to_string(WEXITSTATUS(status)) + ")";
+        return false;
+    }
+    if (fds[0] >= 0) {  // the pipe was made but the child was not
+        close(fds[0]);
+        close(fds[1]);
+    }
+#endif
+    Check c;
+    bool ok = t.run(v, c) && c.ok();
+    *why = c.why.empty() ? "failed" : c.why;
+    return ok;
+}
+
 int fail(const std::string& message) {
     std::fprintf(stderr, "kelvane-host validate: %s\n", message.c_str());
     return 2;
@@ -441,10 +514,10 @@ int commandValidate(int argc, char** argv) {
         // --only names one test, whatever its strictness.
         if (only.empty() ? t.strictness > strictness : only != t.name) continue;
         v.rng.seed(v.seed);
-        Check c;
-        bool ok = t.run(v, c) && c.ok();
+        std::string why;
+        bool ok = runTest(t, v, &why);
         if (ok) std::printf("PASS %s\n", t.name);
-        else std::printf("FAIL %s: %s\n", t.name, c.why.empty() ? "failed" : c.why.c_str());
+        else std::printf("FAIL %s: %s\n", t.name, why.c_str());
         std::fflush(stdout);
         (ok ? passed : failed)++;
     }

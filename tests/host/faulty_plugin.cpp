@@ -1,7 +1,8 @@
 // A tiny VST 2 effect with one fault chosen by the environment variable KVP_FAULT, used to check
 // that the validation battery catches it: "nan" writes a NaN, "skip" leaves output 1 unwritten,
 // "overrun" writes one sample past the block, "state" saves a different chunk after every load,
-// "jump" lets a gain change jump instead of ramping. Without the variable it behaves.
+// "jump" lets a gain change jump instead of ramping, "alloc" allocates in every audio block,
+// "shortchunk" crashes on a chunk shorter than the one it saves. Without the variable it behaves.
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -31,13 +32,20 @@ intptr_t VST_CALL dispatch(AEffect* e, int32_t opcode, int32_t, intptr_t value, 
             f->chunk[0] = uint8_t(is(f, "state") ? f->loads : 0);
             *static_cast<void**>(ptr) = f->chunk;
             return sizeof f->chunk;
-        case effSetChunk: f->loads++; (void)value; return 0;
+        case effSetChunk:
+            if (is(f, "shortchunk") && value < intptr_t(sizeof f->chunk)) __builtin_trap();
+            f->loads++;
+            return 0;
         default: return 0;
     }
 }
 
 void VST_CALL processDouble(AEffect* e, double** in, double** out, int32_t frames) {
     Faulty* f = static_cast<Faulty*>(e->object);
+    if (is(f, "alloc")) {
+        void* volatile scratch = std::malloc(size_t(frames) * sizeof(double) + 1);
+        std::free(scratch);
+    }
     for (int o = 0; o < e->numOutputs; o++) {
         if (is(f, "skip") && o == 1) continue;
         for (int n = 0; n < frames; n++) out[o][n] = in[o % e->numInputs][n] * (is(f, "jump") ? f->gain : 0.5);
