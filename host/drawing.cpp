@@ -42,7 +42,8 @@ static bool allocatePixels(HostBitmap* b, int w, int h, int scale) {
     if (w < 0 || h < 0 || w > HOST_BITMAP_MAX_SIDE || h > HOST_BITMAP_MAX_SIDE) return false;
     int sw = storedSide(w, scale), sh = storedSide(h, scale);
     if (sw > HOST_BITMAP_MAX_SIDE || sh > HOST_BITMAP_MAX_SIDE) return false;
-    HostBitmap fresh(b->kind);
+    uint32_t* bits = nullptr;
+    void *dib = nullptr, *dc = nullptr, *previous = nullptr;
     if (sw > 0 && sh > 0) {
 #if defined(_WIN32)
         if (b->kind == HOST_BITMAP_SYSTEM) {
@@ -54,54 +55,58 @@ static bool allocatePixels(HostBitmap* b, int w, int h, int scale) {
             info.bmiHeader.biBitCount = 32;
             info.bmiHeader.biCompression = BI_RGB;
             void* dibBits = nullptr;
-            HBITMAP dib = CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &dibBits, nullptr, 0);
-            HDC dc = dib ? CreateCompatibleDC(nullptr) : nullptr;
+            dib = CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &dibBits, nullptr, 0);
+            dc = dib ? CreateCompatibleDC(nullptr) : nullptr;
             if (!dib || !dibBits || !dc) {
-                if (dc) DeleteDC(dc);
-                if (dib) DeleteObject(dib);
+                if (dc) DeleteDC(static_cast<HDC>(dc));
+                if (dib) DeleteObject(static_cast<HBITMAP>(dib));
                 return false;
             }
-            fresh.systemBitmap = dib;
-            fresh.systemDc = dc;
-            fresh.previousObject = SelectObject(dc, dib);
-            fresh.bits = static_cast<uint32_t*>(dibBits);
-            std::memset(fresh.bits, 0, size_t(sw) * size_t(sh) * 4);
+            previous = SelectObject(static_cast<HDC>(dc), static_cast<HBITMAP>(dib));
+            bits = static_cast<uint32_t*>(dibBits);
+            std::memset(bits, 0, size_t(sw) * size_t(sh) * 4);
         } else
 #endif
         {
-            fresh.bits = static_cast<uint32_t*>(std::calloc(size_t(sw) * size_t(sh), 4));
-            if (!fresh.bits) return false;
+            bits = static_cast<uint32_t*>(std::calloc(size_t(sw) * size_t(sh), 4));
+            if (!bits) return false;
         }
     }
     releasePixels(b);
-    b->bits = fresh.bits;
-    b->systemBitmap = fresh.systemBitmap;
-    b->systemDc = fresh.systemDc;
-    b->previousObject = fresh.previousObject;
-    fresh.bits = nullptr;
-    fresh.systemBitmap = fresh.systemDc = fresh.previousObject = nullptr;
+    b->bits = bits;
+    b->systemBitmap = dib;
+    b->systemDc = dc;
+    b->previousObject = previous;
     b->logicalWidth = w;
     b->logicalHeight = h;
     b->scale = scale;
-    b->storedWidth = b->bits ? sw : 0;
-    b->storedHeight = b->bits ? sh : 0;
+    b->storedWidth = bits ? sw : 0;
+    b->storedHeight = bits ? sh : 0;
     return true;
 }
 
 bool HostBitmap::resize(int w, int h) { return allocatePixels(this, w, h, scale); }
 
-int HostBitmap::extended(int id, void* data) {
+// The scale a set call carries, or -1 when it carries none that a bitmap takes.
+static int scaleArgument(void* data) {
     const int* value = static_cast<const int*>(data);
-    bool valid = value && *value >= 0 && *value <= HOST_BITMAP_MAX_SCALE;
+    return value && *value >= 0 && *value <= HOST_BITMAP_MAX_SCALE ? *value : -1;
+}
+
+int HostBitmap::extended(int id, void* data) {
     switch (id) {
-        case MIRQ_EXT_SET_SCALE:
-            if (!valid) return 0;
-            return *value == scale || allocatePixels(this, logicalWidth, logicalHeight, *value) ? 1 : 0;
+        case MIRQ_EXT_SET_SCALE: {
+            int value = scaleArgument(data);
+            if (value < 0) return 0;
+            return value == scale || allocatePixels(this, logicalWidth, logicalHeight, value) ? 1 : 0;
+        }
         case MIRQ_EXT_GET_SCALE: return scale;
-        case MIRQ_EXT_SET_ADVISED_SCALE:
-            if (!valid) return 0;
-            advisedScale = *value;
+        case MIRQ_EXT_SET_ADVISED_SCALE: {
+            int value = scaleArgument(data);
+            if (value < 0) return 0;
+            advisedScale = value;
             return 1;
+        }
         case MIRQ_EXT_GET_ADVISED_SCALE: return advisedScale;
         case MIRQ_EXT_GET_TEXT_SCALE: return scale ? scale : advisedScale;
         default: return 0;
