@@ -142,35 +142,6 @@ void HostFont::assignHandle(void* font, int flags) {
     face = fontFaceOpen(font);
 }
 
-int HostFont::setTextColor(int colour) {
-    int old = textColorValue;
-    textColorValue = colour;
-    return old;
-}
-
-int HostFont::setBackColor(int colour) {
-    int old = backColor;
-    backColor = colour;
-    return old;
-}
-
-int HostFont::setExtraColor(int colour) {
-    int old = extraColor;
-    extraColor = colour;
-    return old;
-}
-
-int HostFont::setBackMode(int mode) {
-    int old = backMode;
-    backMode = mode;
-    return old;
-}
-
-void HostFont::setCombine(int mode, float alpha) {
-    combineMode = mode;
-    combineAlpha = alpha;
-}
-
 int HostFont::lineHeight() { return face ? fontFaceLineHeight(face) : 0; }
 
 MIRQ_IFont* HostFont::createFontObject() { return hostCreateFont(); }

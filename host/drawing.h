@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <utility>
 
 #include "foundation/bitmap.h"
 #include "foundation/font.h"
@@ -83,11 +84,14 @@ struct HostFont : MIRQ_IFont {
     HostFont& operator=(const HostFont&) = delete;
 
     void assignHandle(void* font, int flags) override;
-    int setTextColor(int colour) override;
-    int setBackColor(int colour) override;
-    int setExtraColor(int colour) override;
-    int setBackMode(int mode) override;
-    void setCombine(int mode, float alpha) override;
+    int setTextColor(int colour) override { return std::exchange(textColorValue, colour); }
+    int setBackColor(int colour) override { return std::exchange(backColor, colour); }
+    int setExtraColor(int colour) override { return std::exchange(extraColor, colour); }
+    int setBackMode(int mode) override { return std::exchange(backMode, mode); }
+    void setCombine(int mode, float alpha) override {
+        combineMode = mode;
+        combineAlpha = alpha;
+    }
     // Lines break at '\n' unless MIRQ_DT_SINGLELINE; '&' marks nothing and "&&" is one '&',
     // unless MIRQ_DT_NOPREFIX. Returns the text's height in logical pixels; 0 without a font,
     // text or rectangle, and when drawing, without a bitmap that has pixels.

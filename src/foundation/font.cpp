@@ -20,35 +20,6 @@ __MIRQ_dpiAwareFont::~__MIRQ_dpiAwareFont() {
     growBufferFree(&sizes);
 }
 
-int __MIRQ_dpiAwareFont::setTextColor(int colour) {
-    int old = textColorValue;
-    textColorValue = colour;
-    return old;
-}
-
-int __MIRQ_dpiAwareFont::setBackColor(int colour) {
-    int old = backColor;
-    backColor = colour;
-    return old;
-}
-
-int __MIRQ_dpiAwareFont::setExtraColor(int colour) {
-    int old = extraColor;
-    extraColor = colour;
-    return old;
-}
-
-int __MIRQ_dpiAwareFont::setBackMode(int mode) {
-    int old = backMode;
-    backMode = mode;
-    return old;
-}
-
-void __MIRQ_dpiAwareFont::setCombine(int mode, float alpha) {
-    combineMode = mode;
-    combineAlpha = alpha;
-}
-
 // The host font object for the text scale of bitmap (null: 100 %), with a system font of the
 // wanted height assigned; null when none can be had.
 static MIRQ_IFont* chooseFontObject(__MIRQ_dpiAwareFont* f, MIRQ_IBitmap* bitmap) {

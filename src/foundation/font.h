@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <utility>
 
 #include "platform/platform.h"
 #include "shell/grow_buffer.h"
@@ -91,11 +92,14 @@ struct __MIRQ_dpiAwareFont : MIRQ_IFont {
     __MIRQ_dpiAwareFont& operator=(const __MIRQ_dpiAwareFont&) = delete;
 
     void assignHandle(void*, int) override {}
-    int setTextColor(int colour) override;
-    int setBackColor(int colour) override;
-    int setExtraColor(int colour) override;
-    int setBackMode(int mode) override;
-    void setCombine(int mode, float alpha) override;
+    int setTextColor(int colour) override { return std::exchange(textColorValue, colour); }
+    int setBackColor(int colour) override { return std::exchange(backColor, colour); }
+    int setExtraColor(int colour) override { return std::exchange(extraColor, colour); }
+    int setBackMode(int mode) override { return std::exchange(backMode, mode); }
+    void setCombine(int mode, float alpha) override {
+        combineMode = mode;
+        combineAlpha = alpha;
+    }
     // Draws with the host font object for the bitmap's text scale (a null bitmap has none) and
     // returns what it returns; 0 when no font object can be had.
     int drawText(MIRQ_IBitmap* bitmap, const char* text, int count, TextRect* rect, int dtFlags) override;
