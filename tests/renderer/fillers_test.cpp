@@ -18,7 +18,7 @@ struct FullQuad : RenderStage {
     uint32_t paintOver(uint32_t background) {
         bitmap.fill(background);
         render({quad});
-        return bitmap.pixel(3, 5);
+        return bitmap.pixel(bitmap.logicalWidth / 2, bitmap.logicalHeight / 2);
     }
 };
 
@@ -175,17 +175,17 @@ TEST(TextureFillerTest, BilinearWeightsAndWrapAtTheEdges) {
     EXPECT_TRUE(layer.bilinear);
     EXPECT_EQ(layer.wrapU, 2 << 16);
     // fx = 1/4, fy = 1/2: weights 24576, 8192, 24576, 8192 of 65536.
-    PixelChannels s = sampleBilinear(layer, 0x4000, 0x8000);
+    PixelChannels s = unpackPixel(sampleBilinear(layer, 0x4000, 0x8000));
     EXPECT_EQ(s.r, (8192 * 100 + 24576 * 200 + 8192 * 40) >> 16);
     EXPECT_EQ(s.a, 255);
     // Past the last column the right neighbour is column 0, past the last row row 0.
-    s = sampleBilinear(layer, 0x18000, 0x18000);
+    s = unpackPixel(sampleBilinear(layer, 0x18000, 0x18000));
     EXPECT_EQ(s.g, (16384 * 40 + 16384 * 200 + 16384 * 100 + 16384 * 0) >> 16);
-    EXPECT_EQ(sampleNearest(layer, 0x1FFFF, 0).b, 100);
+    EXPECT_EQ(sampleNearest(layer, 0x1FFFF, 0), 0xFF646464u);
 
     texture.bottomUp = true;
     prepareTextureLayer(&layer, slot, 256);
-    EXPECT_EQ(sampleNearest(layer, 0, 0).r, 200) << "row 0 of a flipped texture is the last in memory";
+    EXPECT_EQ(sampleNearest(layer, 0, 0), 0xFFC8C8C8u) << "row 0 of a flipped texture is the last in memory";
 }
 
 TEST(TextureFillerTest, StrengthModesAndOpacity) {
@@ -284,4 +284,46 @@ TEST(TextureFillerTest, CheckerboardUnderPerspective) {
             }
         EXPECT_GT(checked, size * size / 10) << "most of the wall is checked";
     }
+}
+
+TEST(TextureFillerTest, ColourPlusTextureFollowsTheBlendRule) {
+    // The face's colour at full opacity with one texture added, as the room's walls are drawn:
+    // each channel s + (t * strength >> 8), alpha 256 + (ta * strength >> 8), then clamped.
+    Texture texel(1, 1, {0});
+    FullQuad stage(0, 0, 0, 4, 4);
+    Material& m = stage.material;
+    m.texture[0].bitmap = &texel;
+    m.texture[0].blendMode = FILL_ADD;
+    uint32_t seed = 12345;
+    auto next = [&seed]() {
+        seed = seed * 1664525u + 1013904223u;
+        return seed >> 24;
+    };
+    for (int strength = -256; strength <= 256; strength += 8) {
+        if (strength == 0) continue;
+        for (int trial = 0; trial < 4; trial++) {
+            const int s[3] = {int(next()), int(next()), int(next())};
+            for (int k = 0; k < 3; k++) m.emissive[k] = s[k] / 256.0;
+            texel.store[0] = next() | next() << 8 | next() << 16 | next() << 24;
+            m.texture[0].alpha = strength / 256.0;
+            const PixelChannels t = unpackPixel(texel.store[0]);
+            const uint32_t expected = packPixel(s[0] + ((t.r * strength) >> 8), s[1] + ((t.g * strength) >> 8),
+                                                s[2] + ((t.b * strength) >> 8), 256 + ((t.a * strength) >> 8));
+            ASSERT_EQ(stage.paintOver(BACKGROUND), expected) << "strength " << strength;
+        }
+    }
+}
+
+TEST(TextureFillerTest, TwoTexturesBlendInTurn) {
+    Texture first(1, 1, {0x80604020u}), second(1, 1, {0xFF4080C0u});
+    FullQuad stage(0.5, 0.5, 0.5);
+    Material& m = stage.material;
+    m.texture[0].bitmap = &first;
+    m.texture[0].blendMode = FILL_NORMAL;  // copied at full strength
+    m.texture[1].bitmap = &second;         // environment mapped: any texel of a 1 by 1 texture
+    m.texture[1].alpha = 0.5;
+    EXPECT_EQ(stage.paintOver(BACKGROUND), packPixel(0x60 + 0x20, 0x40 + 0x40, 0x20 + 0x60, 0x80 + 0x7F));
+    m.texture[1].blendMode = FILL_MULTIPLY;
+    m.texture[1].alpha = 1.0;
+    EXPECT_EQ(stage.paintOver(BACKGROUND), packPixel(0x60 * 0x40 / 256, 0x40 * 0x80 / 256, 0x20 * 0xC0 / 256, 0x80 * 0xFF / 256));
 }
