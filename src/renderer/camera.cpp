@@ -70,7 +70,10 @@ void Camera::beginFrame(MIRQ_IBitmap* bitmap, bool clearDepth, float depthValue)
             growBufferFree(&depthBuffer);
         } else if (clearDepth) {
             float* depth = growItems<float>(depthBuffer);
-            for (size_t i = 0; i < pixels; i++) depth[i] = depthValue;
+            if (depthValue == 0.0f && !std::signbit(depthValue))
+                std::memset(depth, 0, pixels * sizeof(float));  // the usual value: all bits zero
+            else
+                for (size_t i = 0; i < pixels; i++) depth[i] = depthValue;
         }
     } else {
         growBufferFree(&depthBuffer);
@@ -315,10 +318,31 @@ void Camera::clipPolygon(int plane) {
 }
 
 void Camera::drawFace(const Face& face, const Mesh* mesh) {
+    const Vertex* vertices = meshVertices(mesh);
+    const Vertex* corner[3] = {&vertices[face.a], &vertices[face.b], &vertices[face.c]};
+    Face work = face;
+    auto project = [&](int c, const Vertex& v) {
+        const double iz = 1.0 / v.camZ;
+        work.invZ[c] = iz;
+        work.screenX[c] = v.camX * iz * focal + centerX;
+        work.screenY[c] = v.camY * iz * focal * invAspect + centerY;
+    };
+
+    // Most faces lie inside every plane: they go to the filler as they are.
+    bool inside = true;
+    for (int plane = planes[CLIP_FAR].d < 0.0 ? CLIP_FAR : CLIP_LEFT; plane < CLIP_PLANES && inside; plane++) {
+        const ClipPlane& p = planes[plane];
+        for (const Vertex* v : corner) inside = inside && p.d <= dot(v->camX, v->camY, v->camZ, p.nx, p.ny, p.nz);
+    }
+    if (inside) {
+        for (int c = 0; c < 3; c++) project(c, *corner[c]);
+        fillTriangle(work);
+        return;
+    }
+
     const int corners = clipFace(face, mesh);
     if (corners < 3) return;
     const CornerSet& in = cornersIn;
-    Face work = face;
     for (int k = 2; k < corners; k++) {
         const int fan[3] = {0, k - 1, k};
         for (int c = 0; c < 3; c++) {
@@ -330,11 +354,7 @@ void Camera::drawFace(const Face& face, const Mesh* mesh) {
                 work.u[set][c] = in.u[set][i];
                 work.v[set][c] = in.v[set][i];
             }
-            const Vertex& v = in.vertex[i];
-            const double iz = 1.0 / v.camZ;
-            work.invZ[c] = iz;
-            work.screenX[c] = v.camX * iz * focal + centerX;
-            work.screenY[c] = v.camY * iz * focal * invAspect + centerY;
+            project(c, in.vertex[i]);
         }
         fillTriangle(work);
     }

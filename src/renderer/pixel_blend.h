@@ -9,6 +9,7 @@
 #include <cstdint>
 
 #include "renderer/material.h"
+#include "renderer/scan.h"
 
 constexpr std::array<uint16_t, 256> makeReciprocals() {
     std::array<uint16_t, 256> table{};
@@ -38,11 +39,11 @@ constexpr int BLEND_COPY = -1;
 
 // Channel values stay far inside int even when blend stages stack up without clamping.
 constexpr int64_t BLEND_CHANNEL_LIMIT = int64_t(1) << 30;
-inline int narrowChannel(int64_t v) {
+FILLER_INLINE int narrowChannel(int64_t v) {
     return int(v < -BLEND_CHANNEL_LIMIT ? -BLEND_CHANNEL_LIMIT : v > BLEND_CHANNEL_LIMIT ? BLEND_CHANNEL_LIMIT : v);
 }
 
-inline void blendChannel(int mode, int64_t s, int& channel, int64_t alpha, int64_t invAlpha) {
+FILLER_INLINE void blendChannel(int mode, int64_t s, int& channel, int64_t alpha, int64_t invAlpha) {
     int64_t d = channel;
     switch (mode) {
     case FILL_NORMAL:
@@ -71,8 +72,35 @@ inline void blendChannel(int mode, int64_t s, int& channel, int64_t alpha, int64
 
 // [any thread] Combines the source pixel (r, g, b, a) with the destination channels at strength
 // alpha (0..256; invAlpha = 256 - alpha). The results are not clamped: the caller clamps.
-inline void blendPixel(int mode, int r, int g, int b, int a, int& dr, int& dg, int& db, int& da, int alpha,
-                       int invAlpha) {
+FILLER_INLINE void blendPixel(int mode, int r, int g, int b, int a, int& dr, int& dg, int& db, int& da, int alpha,
+                              int invAlpha) {
+    if (mode > 0xFF) {  // the texture's alpha weighs the strength
+        switch (mode) {
+        case TEXTURE_ALPHA_STRENGTH | FILL_NORMAL: {
+            const int64_t w = int64_t(alpha) * (a + 1);
+            auto mix = [w](int64_t s, int& d) { d = narrowChannel((s * w + d * (65536 - w)) >> 16); };
+            mix(r, dr), mix(g, dg), mix(b, db), mix(a, da);
+            return;
+        }
+        case TEXTURE_ALPHA_STRENGTH | FILL_ADD: {
+            const int64_t w = int64_t(a) * alpha + alpha;
+            auto add = [w](int64_t s, int& d) { d = narrowChannel(d + ((s * w) >> 16)); };
+            add(r, dr), add(g, dg), add(b, db), add(a, da);
+            return;
+        }
+        case TEXTURE_ALPHA_STRENGTH | FILL_DODGE:
+        case TEXTURE_ALPHA_STRENGTH | FILL_MULTIPLY:
+        case TEXTURE_ALPHA_STRENGTH | FILL_OVERLAY:
+        case TEXTURE_ALPHA_STRENGTH | FILL_HSV:
+            alpha = (a * alpha + alpha) / 256;
+            invAlpha = 256 - alpha;
+            mode &= 0xFF;
+            break;
+        default:
+            mode = BLEND_COPY;
+            break;
+        }
+    }
     switch (mode) {
     case FILL_NORMAL:
     case FILL_ADD:
@@ -87,26 +115,6 @@ inline void blendPixel(int mode, int r, int g, int b, int a, int& dr, int& dg, i
     case FILL_HSV:
         hsvAdjust(dr, dg, db, r, g, b, alpha);
         return;
-    case TEXTURE_ALPHA_STRENGTH | FILL_NORMAL: {
-        const int64_t w = int64_t(alpha) * (a + 1);
-        auto mix = [w](int64_t s, int& d) { d = narrowChannel((s * w + d * (65536 - w)) >> 16); };
-        mix(r, dr), mix(g, dg), mix(b, db), mix(a, da);
-        return;
-    }
-    case TEXTURE_ALPHA_STRENGTH | FILL_ADD: {
-        const int64_t w = int64_t(a) * alpha + alpha;
-        auto add = [w](int64_t s, int& d) { d = narrowChannel(d + ((s * w) >> 16)); };
-        add(r, dr), add(g, dg), add(b, db), add(a, da);
-        return;
-    }
-    case TEXTURE_ALPHA_STRENGTH | FILL_DODGE:
-    case TEXTURE_ALPHA_STRENGTH | FILL_MULTIPLY:
-    case TEXTURE_ALPHA_STRENGTH | FILL_OVERLAY:
-    case TEXTURE_ALPHA_STRENGTH | FILL_HSV: {
-        const int weighted = (a * alpha + alpha) / 256;
-        blendPixel(mode & 0xFF, r, g, b, a, dr, dg, db, da, weighted, 256 - weighted);
-        return;
-    }
     case BLEND_KEEP:
         return;
     default:

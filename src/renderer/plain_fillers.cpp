@@ -33,7 +33,29 @@ struct HalfMode {  // normal, half opacity: (d + s) >> 1 in every byte, alpha ag
     static uint32_t apply(const PlainFill& f, uint32_t d) { return ((d >> 1) & 0x7F7F7F7Fu) + f.halfPixel + (d & f.oddBits); }
 };
 
-struct MixMode {  // normal, any other opacity: s + (d - s) (256 - a) / 256
+// Normal mode at an opacity strictly between 0 and 256: s + (d - s) (256 - a) / 256 in every
+// byte (alpha against 255), with the division cutting toward zero. That equals
+// (s a + d (256 - a)) / 256 rounded down where d >= s and up where d < s; the sum stays below
+// 65536, so blue and red, then green and alpha, go through together in 16-bit lanes.
+struct MixMode {
+    static void init(PlainFill&) {}
+    static void source(PlainFill& f, int r, int g, int b) {
+        f.pixel = 0xFF000000u | uint32_t(r) << 16 | uint32_t(g) << 8 | uint32_t(b);
+    }
+    static uint32_t lanes(uint32_t s, uint32_t d, uint32_t a, uint32_t keep) {
+        const uint32_t sum = s * a + d * keep;
+        const uint32_t roundUp = (((s + 0x00FF00FFu - d) >> 8) & 0x00010001u) * 0xFF;  // where s > d
+        return ((sum + roundUp) >> 8) & 0x00FF00FFu;
+    }
+    static uint32_t apply(const PlainFill& f, uint32_t d) {
+        const uint32_t a = uint32_t(f.opacity), keep = 256 - a;
+        return lanes(f.pixel & 0x00FF00FFu, d & 0x00FF00FFu, a, keep) |
+               lanes((f.pixel >> 8) & 0x00FF00FFu, (d >> 8) & 0x00FF00FFu, a, keep) << 8;
+    }
+};
+
+// Normal mode at an opacity beyond 0..256: the same rule, the results clamped.
+struct WideMixMode {
     static int mix(int s, int d, int keep) { return clampChannel(s + ((d - s) * keep) / 256); }
     static void init(PlainFill&) {}
     static void source(PlainFill& f, int r, int g, int b) { f.source[0] = r, f.source[1] = g, f.source[2] = b; }
@@ -137,7 +159,8 @@ RowFiller preparePlainFill(PlainFill* fill, int mode, int opacity, bool smooth, 
     case FILL_NORMAL:
         if (opacity == 256) return prepareMode<CopyMode>(fill, smooth, flat, depth);
         if (opacity == 128) return prepareMode<HalfMode>(fill, smooth, flat, depth);
-        return prepareMode<MixMode>(fill, smooth, flat, depth);
+        if (opacity > 0 && opacity < 256) return prepareMode<MixMode>(fill, smooth, flat, depth);
+        return prepareMode<WideMixMode>(fill, smooth, flat, depth);
     case FILL_ADD:
         return prepareMode<ChannelMode<AddRule>>(fill, smooth, flat, depth);
     case FILL_DODGE:

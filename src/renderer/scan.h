@@ -55,6 +55,9 @@ void scanTriangle(const ScanCorner corners[3], const ScanTarget& target, RowFill
 // [any thread] Saturating conversions: a value beyond int keeps to its end, NaN gives 0.
 int fixedFromDouble(double v);
 
+// The per-pixel helpers of the fillers must land inside the row loops they serve.
+#define FILLER_INLINE [[gnu::always_inline]] inline
+
 // How a filler uses the depth buffer.
 enum DepthUse { DEPTH_NONE, DEPTH_TEST, DEPTH_TEST_WRITE };
 

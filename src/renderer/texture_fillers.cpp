@@ -34,17 +34,12 @@ void prepareTextureLayer(TextureLayer* layer, const TextureSlot& slot, int stren
 
 namespace {
 
-template <bool Bilinear>
-inline PixelChannels sample(const TextureLayer& t, int u, int v) {
-    if constexpr (Bilinear)
-        return sampleBilinear(t, u, v);
-    else
-        return sampleNearest(t, u, v);
-}
+// The longest block: perspectiveStep has at most 6 significant bits that count.
+constexpr int BLOCK_MAX = 64;
 
 // The base that the first texture is blended onto: the face's colour c (8.24) combined with the
 // pixel d by the fill mode at opacity a. Unclamped.
-inline PixelChannels base(int mode, int a, const int c[3], uint32_t pixel) {
+FILLER_INLINE PixelChannels base(int mode, int a, const int c[3], uint32_t pixel) {
     const PixelChannels d = unpackPixel(pixel);
     const int s[3] = {clampChannel(c[0] >> 16), clampChannel(c[1] >> 16), clampChannel(c[2] >> 16)};
     switch (mode) {
@@ -95,22 +90,23 @@ struct LayerWalk {
 
 // 16.16 texel positions far beyond any texture still fit, and a division by a vanishing 1/z
 // gives no undefined conversion.
-inline int64_t texelPosition(double value) {
+FILLER_INLINE int64_t texelPosition(double value) {
     constexpr double LIMIT = 1099511627776.0;  // 2^40
     if (!(value > -LIMIT)) return value != value ? 0 : -int64_t(LIMIT);
     return value < LIMIT ? int64_t(value) : int64_t(LIMIT);
 }
 
-inline int wrapInto(int64_t value, int range) {
+FILLER_INLINE int wrapInto(int64_t value, int range) {
+    if (value >= 0 && value < range) return int(value);  // the usual case, without a division
     int64_t r = value % range;
     return int(r < 0 ? r + range : r);
 }
 
-inline int limitStep(int64_t step, int range) {
+FILLER_INLINE int limitStep(int64_t step, int range) {
     return int(step < -range ? -range : step > range ? range : step);
 }
 
-inline void advance(int& position, int step, int range) {
+FILLER_INLINE void advance(int& position, int step, int range) {
     position += step;
     if (position >= range)
         position -= range;
@@ -118,9 +114,35 @@ inline void advance(int& position, int step, int range) {
         position += range;
 }
 
-template <DepthUse Depth, int Layers, bool Bilinear>
+// How a pixel is made from the texture samples. The general way runs the base and each
+// layer's blend as their modes say. The room's walls, the face's colour at full opacity with
+// one texture added at a strength within 256 either way, have ways of their own.
+enum TexturePixel { TEXTURE_PIXEL_GENERAL, TEXTURE_PIXEL_COLOUR_ADD, TEXTURE_PIXEL_COLOUR_SUBTRACT };
+
+// The colour channels of a run as a pixel: blue and red, green and alpha 16 bits apart.
+FILLER_INLINE uint32_t colourLanes(int first, int second) {
+    return uint32_t(clampChannel(first >> 16)) | uint32_t(clampChannel(second >> 16)) << 16;
+}
+
+// The colour plus the texel at strength 0..256: t * strength >> 8 in each lane stays below 256,
+// the sum below 512; a lane that reaches 256 saturates.
+FILLER_INLINE uint32_t addLanes(uint32_t colour, uint32_t texel, uint32_t strength) {
+    const uint32_t sum = colour + (((texel * strength) >> 8) & 0x00FF00FFu);
+    return (sum | (((sum >> 8) & 0x00010001u) * 0xFF)) & 0x00FF00FFu;
+}
+
+// The colour less the texel at strength 1..256, t * -strength >> 8 rounding down: each lane,
+// lifted by 256 so that nothing borrows, keeps its low byte where it stayed at or above 256.
+FILLER_INLINE uint32_t subtractLanes(uint32_t colour, uint32_t texel, uint32_t weight) {
+    const uint32_t less = (((texel * weight) + 0x00FF00FFu) >> 8) & 0x00FF00FFu;
+    const uint32_t lifted = (colour | 0x01000100u) - less;
+    return lifted & (((lifted >> 8) & 0x00010001u) * 0xFF);
+}
+
+template <DepthUse Depth, int Layers, bool Bilinear, TexturePixel Kind>
 void textureRow(const ScanRun& run, const ScanValues& step, const void* context) {
-    const TextureFill& f = *static_cast<const TextureFill*>(context);
+    // A local copy: the pixel stores cannot then alias the fill's fields.
+    const TextureFill f = *static_cast<const TextureFill*>(context);
     const int blockShift = f.blockShift, block = 1 << blockShift;
     uint32_t* pixels = run.pixels;
     float* depth = run.depth;
@@ -155,7 +177,21 @@ void textureRow(const ScanRun& run, const ScanValues& step, const void* context)
             start[2 * l + 1] = end[1];
         }
 
-        for (int i = x; i < x + length; i++) {
+        // The block's texels first, then its pixels: each loop keeps its own values in registers.
+        uint32_t texels[Layers][BLOCK_MAX];
+        for (int l = 0; l < Layers; l++) {
+            const TextureLayer& t = f.layer[l];
+            int u = walk[l].u, v = walk[l].v;
+            for (int i = 0; i < length; i++) {
+                const bool bilinear = Layers == 1 ? Bilinear : t.bilinear;
+                texels[l][i] = bilinear ? sampleBilinear(t, u, v) : sampleNearest(t, u, v);
+                advance(u, walk[l].du, t.wrapU);
+                advance(v, walk[l].dv, t.wrapV);
+            }
+        }
+
+        for (int k = 0; k < length; k++) {
+            const int i = x + k;
             bool draw = true;
             if constexpr (Depth != DEPTH_NONE) {
                 const float z = float(invZ);
@@ -164,20 +200,31 @@ void textureRow(const ScanRun& run, const ScanValues& step, const void* context)
                     if (draw) depth[i] = z;
             }
             if (draw) {
-                PixelChannels out{0, 0, 0, 0};
-                if (f.layer[0].mode != BLEND_COPY) out = base(f.baseMode, f.opacity, c, pixels[i]);
-                for (int l = 0; l < Layers; l++) {
-                    const TextureLayer& t = f.layer[l];
-                    const PixelChannels s = Layers == 1 ? sample<Bilinear>(t, walk[l].u, walk[l].v)
-                                               : (t.bilinear ? sampleBilinear(t, walk[l].u, walk[l].v)
-                                                             : sampleNearest(t, walk[l].u, walk[l].v));
-                    blendPixel(t.mode, s.r, s.g, s.b, s.a, out.r, out.g, out.b, out.a, t.strength, 256 - t.strength);
+                const uint32_t texel = texels[0][k];
+                if constexpr (Kind == TEXTURE_PIXEL_COLOUR_ADD) {
+                    // The base alpha is 256: with anything added it saturates.
+                    const uint32_t strength = uint32_t(f.layer[0].strength);
+                    pixels[i] = addLanes(colourLanes(c[2], c[0]), texel & 0x00FF00FFu, strength) |
+                                addLanes(colourLanes(c[1], 255 << 16), (texel >> 8) & 0x00FF00FFu, strength) << 8 |
+                                0xFF000000u;
+                } else if constexpr (Kind == TEXTURE_PIXEL_COLOUR_SUBTRACT) {
+                    // The base alpha is 256: less the texture's, then clamped to 255.
+                    const uint32_t weight = uint32_t(-f.layer[0].strength);
+                    const int alpha = 256 - int(((texel >> 24) * weight + 0xFF) >> 8);
+                    pixels[i] = subtractLanes(colourLanes(c[2], c[0]), texel & 0x00FF00FFu, weight) |
+                                (subtractLanes(colourLanes(c[1], 0), (texel >> 8) & 0xFFu, weight) << 8) |
+                                uint32_t(alpha > 255 ? 255 : alpha) << 24;
+                } else {
+                    PixelChannels out{0, 0, 0, 0};
+                    if (f.layer[0].mode != BLEND_COPY) out = base(f.baseMode, f.opacity, c, pixels[i]);
+                    for (int l = 0; l < Layers; l++) {
+                        const TextureLayer& t = f.layer[l];
+                        const PixelChannels s = unpackPixel(Layers == 1 ? texel : texels[l][k]);
+                        blendPixel(t.mode, s.r, s.g, s.b, s.a, out.r, out.g, out.b, out.a, t.strength,
+                                   256 - t.strength);
+                    }
+                    pixels[i] = packPixel(out.r, out.g, out.b, out.a);
                 }
-                pixels[i] = packPixel(out.r, out.g, out.b, out.a);
-            }
-            for (int l = 0; l < Layers; l++) {
-                advance(walk[l].u, walk[l].du, f.layer[l].wrapU);
-                advance(walk[l].v, walk[l].dv, f.layer[l].wrapV);
             }
             c[0] = wrapAdd(c[0], step.color[0]);
             c[1] = wrapAdd(c[1], step.color[1]);
@@ -187,11 +234,11 @@ void textureRow(const ScanRun& run, const ScanValues& step, const void* context)
     }
 }
 
-template <int Layers, bool Bilinear>
+template <int Layers, bool Bilinear, TexturePixel Kind>
 RowFiller rowFor(DepthUse depth) {
-    static constexpr RowFiller rows[3] = {textureRow<DEPTH_NONE, Layers, Bilinear>,
-                                          textureRow<DEPTH_TEST, Layers, Bilinear>,
-                                          textureRow<DEPTH_TEST_WRITE, Layers, Bilinear>};
+    static constexpr RowFiller rows[3] = {textureRow<DEPTH_NONE, Layers, Bilinear, Kind>,
+                                          textureRow<DEPTH_TEST, Layers, Bilinear, Kind>,
+                                          textureRow<DEPTH_TEST_WRITE, Layers, Bilinear, Kind>};
     return rows[depth];
 }
 
@@ -204,6 +251,13 @@ RowFiller prepareTextureFill(TextureFill* fill, int fillMode, int opacity, uint8
     if (opacity == 0) fill->baseMode = BLEND_KEEP;
     const int bits = std::bit_width(unsigned(perspectiveStep));
     fill->blockShift = bits < 6 ? bits : 6;
-    if (fill->layerCount == 2) return rowFor<2, false>(depth);
-    return fill->layer[0].bilinear ? rowFor<1, true>(depth) : rowFor<1, false>(depth);
+    if (fill->layerCount == 2) return rowFor<2, false, TEXTURE_PIXEL_GENERAL>(depth);
+    const TextureLayer& layer = fill->layer[0];
+    if (fill->baseMode == BLEND_COPY && layer.mode == FILL_ADD && layer.strength >= 0 && layer.strength <= 256)
+        return layer.bilinear ? rowFor<1, true, TEXTURE_PIXEL_COLOUR_ADD>(depth)
+                              : rowFor<1, false, TEXTURE_PIXEL_COLOUR_ADD>(depth);
+    if (fill->baseMode == BLEND_COPY && layer.mode == FILL_ADD && layer.strength < 0 && layer.strength >= -256)
+        return layer.bilinear ? rowFor<1, true, TEXTURE_PIXEL_COLOUR_SUBTRACT>(depth)
+                              : rowFor<1, false, TEXTURE_PIXEL_COLOUR_SUBTRACT>(depth);
+    return layer.bilinear ? rowFor<1, true, TEXTURE_PIXEL_GENERAL>(depth) : rowFor<1, false, TEXTURE_PIXEL_GENERAL>(depth);
 }

@@ -36,31 +36,45 @@ struct PixelChannels {
     int r, g, b, a;
 };
 
-inline PixelChannels unpackPixel(uint32_t p) {
+FILLER_INLINE PixelChannels unpackPixel(uint32_t p) {
     return PixelChannels{int((p >> 16) & 0xFF), int((p >> 8) & 0xFF), int(p & 0xFF), int(p >> 24)};
 }
 
 // [any thread] The texel at a 16.16 position inside the texture.
-inline PixelChannels sampleNearest(const TextureLayer& t, int u, int v) {
-    return unpackPixel(t.rows[(v >> 16) * t.stride + (u >> 16)]);
+FILLER_INLINE uint32_t sampleNearest(const TextureLayer& t, int u, int v) {
+    return t.rows[(v >> 16) * t.stride + (u >> 16)];
+}
+
+// Two channels of a pixel 32 bits apart in one 64-bit word: blue and red, or green and alpha.
+// Integer sums of such words carry each channel on its own as long as the true sums of both
+// stay within 0 .. 2^32 - 1, whatever the intermediate values.
+FILLER_INLINE uint64_t blueRedLanes(uint32_t p) {
+    return (p & 0xFFu) | (uint64_t(p & 0xFF0000u) << 16);
+}
+FILLER_INLINE uint64_t greenAlphaLanes(uint32_t p) {
+    return ((p >> 8) & 0xFFu) | (uint64_t((p >> 8) & 0xFF0000u) << 16);
 }
 
 // [any thread] The texel and its neighbours right, below and below right (wrapping to column
-// and row 0), weighted by the fractions of the position.
-inline PixelChannels sampleBilinear(const TextureLayer& t, int u, int v) {
+// and row 0), weighted by the fractions fx, fy of the position: 65536 - fx - fy + p, fx - p,
+// fy - p and p with p = fx * fy >> 16, each channel's sum >> 16. A texel, channels 0..255.
+FILLER_INLINE uint32_t sampleBilinear(const TextureLayer& t, int u, int v) {
     const int column = u >> 16, row = v >> 16;
-    const int fx = u & 0xFFFF, fy = v & 0xFFFF;
-    const int p = int((uint32_t(fx) * uint32_t(fy)) >> 16);
-    const int w00 = 65536 - fx - fy + p, w10 = fx - p, w01 = fy - p, w11 = p;
+    const uint64_t fx = uint64_t(u & 0xFFFF), fy = uint64_t(v & 0xFFFF);
+    const uint64_t p = (fx * fy) >> 16;
     const int nextColumn = column + 1 == t.width ? 0 : column + 1;
     const uint32_t* upper = t.rows + row * t.stride;
     const uint32_t* lower = t.rows + (row + 1 == t.height ? 0 : row + 1) * t.stride;
     const uint32_t a = upper[column], b = upper[nextColumn], c = lower[column], d = lower[nextColumn];
-    auto mix = [&](int shift) {
-        return int((uint32_t(w00) * ((a >> shift) & 0xFF) + uint32_t(w10) * ((b >> shift) & 0xFF) +
-                    uint32_t(w01) * ((c >> shift) & 0xFF) + uint32_t(w11) * ((d >> shift) & 0xFF)) >> 16);
+    if (a == b && a == c && a == d) return a;  // weights summing to 65536 on one value
+    // The weighted sum regrouped: 65536 a + fx (b - a) + fy (c - a) + p (a - b - c + d).
+    auto weigh = [&](uint64_t la, uint64_t lb, uint64_t lc, uint64_t ld) {
+        return (la << 16) + fx * (lb - la) + fy * (lc - la) + p * (la - lb - lc + ld);
     };
-    return PixelChannels{mix(16), mix(8), mix(0), mix(24)};
+    const uint64_t blueRed = weigh(blueRedLanes(a), blueRedLanes(b), blueRedLanes(c), blueRedLanes(d));
+    const uint64_t greenAlpha = weigh(greenAlphaLanes(a), greenAlphaLanes(b), greenAlphaLanes(c), greenAlphaLanes(d));
+    return uint32_t((blueRed >> 16) & 0xFFu) | uint32_t((greenAlpha >> 8) & 0xFF00u) |
+           uint32_t((blueRed >> 32) & 0xFF0000u) | uint32_t((greenAlpha >> 24) & 0xFF000000u);
 }
 
 // Largest texture side a filler takes: positions and their steps stay inside int.

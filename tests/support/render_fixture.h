@@ -28,14 +28,17 @@ inline Mesh* facingQuad(Material* material, double width, double height, double 
     return quad;
 }
 
-// Sets set-0 texture coordinates of a facing quad to u0..u1 and v0..v1.
+// Sets set-0 texture coordinates of a facing quad to u0..u1 (left to right) and v0..v1.
 inline void setQuadCoordinates(Mesh* quad, double u0, double u1, double v0, double v1) {
     Face* f = meshFaces(quad);
-    for (int i = 0; i < 2; i++)
+    const Vertex* v = meshVertices(quad);
+    for (int i = 0; i < 2; i++) {
+        const int32_t corner[3] = {f[i].a, f[i].b, f[i].c};
         for (int c = 0; c < 3; c++) {
-            f[i].u[0][c] = f[i].u[0][c] == 0.0 ? u0 : u1;
-            f[i].v[0][c] = f[i].v[0][c] == 0.0 ? v0 : v1;
+            f[i].u[0][c] = v[corner[c]].x < 0.0 ? u0 : u1;
+            f[i].v[0][c] = v[corner[c]].z < 0.0 ? v0 : v1;
         }
+    }
 }
 
 struct RenderStage {
