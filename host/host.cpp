@@ -8,6 +8,7 @@
 #include <fstream>
 #include <utility>
 
+#include "host/drawing.h"
 #include "shell/host_api.h"
 
 namespace {
@@ -144,6 +145,8 @@ void offerAllServices(RefHost* host) {
     host->services["GSC_darkwrap"] = reinterpret_cast<void*>(&gscDarkwrap);
     host->services["__localizeFunc"] = reinterpret_cast<void*>(own.localizeFunc);
     host->services["__mergesort"] = reinterpret_cast<void*>(&mergesortItems);
+    host->services["MIRQ_CreateBitmap"] = reinterpret_cast<void*>(&hostCreateBitmap);
+    host->services["MIRQ_CreateFont"] = reinterpret_cast<void*>(&hostCreateFont);
 }
 
 std::string unescape(const std::string& text) {

@@ -10,6 +10,7 @@
 #include "host/loader.h"
 #include "host/render.h"
 #include "host/session.h"
+#include "host/test_scene.h"
 #include "host/validate.h"
 
 namespace {
@@ -38,7 +39,11 @@ const char* const USAGE =
     "      --save-state FILE   the state chunk after the render\n"
     "      --set NAME=TEXT     a parameter by name, from its display text (repeatable)\n"
     "      --automation FILE   lines 'seconds parameter text', applied at the block holding the time\n"
-    "      --tail SECONDS      silence fed after the input so delays come out\n";
+    "      --tail SECONDS      silence fed after the input so delays come out\n"
+    "  render-test-scene OUT.png [--scale S]\n"
+    "      render the renderer's test scene with a label in the label font, through the host's\n"
+    "      own bitmaps and fonts, into a PNG file\n"
+    "      --scale S           the bitmap's scale, 0 (none, default) to 1024; 256 = 100 %\n";
 
 int fail(const std::string& message) {
     std::fprintf(stderr, "kelvane-host: %s\n", message.c_str());
@@ -140,6 +145,7 @@ int main(int argc, char** argv) {
     if (command == "validate") return commandValidate(argc - 2, argv + 2);
     if (command == "params") return commandParams(argc - 2, argv + 2);
     if (command == "state") return commandState(argc - 2, argv + 2);
+    if (command == "render-test-scene") return commandRenderTestScene(argc - 2, argv + 2);
     if (command == "render") return commandRender(argc - 2, argv + 2, defaultPluginPath(argv[0]).c_str());
     return fail("unknown command '" + command + "' (try --help)");
 }

@@ -1,5 +1,6 @@
 // The few operating-system calls the effect needs below its user interface: a recursive lock,
-// the millisecond tick, ini-file profile access, the module handle and the view's window class.
+// the millisecond tick, ini-file profile access, the module handle, the view's window class and
+// the system font handles that the host's font objects draw with.
 // Win32 in Windows builds, POSIX on Linux, with the same behaviour; called from every subsystem.
 #pragma once
 
@@ -57,3 +58,35 @@ bool windowClassRegister(const char* name, void* windowProc);
 bool windowClassUnregister(const char* name);
 // [any thread] Whether a class of that name is registered by this module now.
 bool windowClassRegistered(const char* name);
+
+// A font as the system's font calls describe it: the fields of a Win32 LOGFONT in its order,
+// with the face name in UTF-8. A height above 0 is the cell height in pixels (ascent plus
+// descent), below 0 the character height; 0 leaves the size to the system. A width of 0 keeps
+// the face's own proportions. Zero-filled, a description asks for the system's defaults.
+struct FontDescription {
+    int32_t height;
+    int32_t width;
+    int32_t escapement;
+    int32_t orientation;
+    int32_t weight;  // 400 normal, 700 bold
+    uint8_t italic;
+    uint8_t underline;
+    uint8_t strikeOut;
+    uint8_t charSet;
+    uint8_t outPrecision;
+    uint8_t clipPrecision;
+    uint8_t quality;
+    uint8_t pitchAndFamily;
+    char faceName[32];  // UTF-8, NUL-terminated
+};
+
+// [window thread] A system font for the description (CreateFontIndirect on Windows); null when
+// the system makes none. The holder frees it with fontDestroy; a host's font object that is
+// handed one keeps it until it gets the next. On POSIX the handle is a stand-in that carries a
+// copy of the description and nothing else.
+void* fontCreate(const FontDescription* description);
+// [window thread] Frees a handle of fontCreate; null does nothing.
+void fontDestroy(void* font);
+// [any thread] Copies the description of a handle of fontCreate into *out. Returns false, with
+// *out untouched, for null or a handle that is no font.
+bool fontDescribe(void* font, FontDescription* out);

@@ -1,11 +1,13 @@
 // POSIX side of the platform calls: pthread locks, the monotonic clock, ini files read and
-// rewritten as text, and a name list standing in for the system's window classes.
+// rewritten as text, a name list standing in for the system's window classes, and font handles
+// that carry their description.
 #include "platform/ini_text.h"
 #include "platform/platform.h"
 
 #include <pthread.h>
 #include <stdio.h>
 #include <time.h>
+#include <stdlib.h>
 #include <unistd.h>
 
 #include <mutex>
@@ -102,4 +104,38 @@ bool windowClassRegistered(const char* name) {
     WindowClassTable& t = windowClasses();
     std::lock_guard<std::mutex> hold(t.mutex);
     return t.names.count(name) > 0;
+}
+
+// The font stand-in: a tagged copy of the description. The host's font object is built from
+// these same sources and reads the description back through fontDescribe.
+namespace {
+constexpr uint32_t FONT_HANDLE_TAG = 0x746E6F46;  // "Font" in memory
+struct FontHandle {
+    uint32_t tag;
+    FontDescription description;
+};
+}  // namespace
+
+void* fontCreate(const FontDescription* description) {
+    if (!description) return nullptr;
+    FontHandle* handle = static_cast<FontHandle*>(calloc(1, sizeof(FontHandle)));
+    if (!handle) return nullptr;
+    handle->tag = FONT_HANDLE_TAG;
+    handle->description = *description;
+    handle->description.faceName[sizeof handle->description.faceName - 1] = 0;
+    return handle;
+}
+
+void fontDestroy(void* font) {
+    FontHandle* handle = static_cast<FontHandle*>(font);
+    if (!handle || handle->tag != FONT_HANDLE_TAG) return;
+    handle->tag = 0;
+    free(handle);
+}
+
+bool fontDescribe(void* font, FontDescription* out) {
+    const FontHandle* handle = static_cast<const FontHandle*>(font);
+    if (!handle || !out || handle->tag != FONT_HANDLE_TAG) return false;
+    *out = handle->description;
+    return true;
 }

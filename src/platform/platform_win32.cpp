@@ -1,10 +1,11 @@
 // Win32 side of the platform calls: critical sections, GetTickCount, the private-profile calls
-// through their wide forms (text is UTF-8 inside the program), and real window classes.
+// through their wide forms (text is UTF-8 inside the program), real window classes and GDI fonts.
 #include "platform/ini_text.h"
 #include "platform/platform.h"
 
 #include <windows.h>
 
+#include <cstring>
 #include <string>
 
 static_assert(sizeof(CRITICAL_SECTION) <= sizeof(RecursiveLock::storage), "lock storage too small");
@@ -82,4 +83,54 @@ bool windowClassUnregister(const char* name) {
 bool windowClassRegistered(const char* name) {
     WNDCLASSW wc;
     return GetClassInfoW(classInstance(), wide(name).c_str(), &wc) != 0;
+}
+
+void* fontCreate(const FontDescription* description) {
+    if (!description) return nullptr;
+    LOGFONTW font = {};
+    font.lfHeight = description->height;
+    font.lfWidth = description->width;
+    font.lfEscapement = description->escapement;
+    font.lfOrientation = description->orientation;
+    font.lfWeight = description->weight;
+    font.lfItalic = description->italic;
+    font.lfUnderline = description->underline;
+    font.lfStrikeOut = description->strikeOut;
+    font.lfCharSet = description->charSet;
+    font.lfOutPrecision = description->outPrecision;
+    font.lfClipPrecision = description->clipPrecision;
+    font.lfQuality = description->quality;
+    font.lfPitchAndFamily = description->pitchAndFamily;
+    char face[sizeof description->faceName + 1] = {0};
+    std::memcpy(face, description->faceName, sizeof description->faceName);
+    // A face name too long for the system's field leaves the choice of face to the system.
+    if (!MultiByteToWideChar(CP_UTF8, 0, face, -1, font.lfFaceName, LF_FACESIZE)) font.lfFaceName[0] = 0;
+    return CreateFontIndirectW(&font);
+}
+
+void fontDestroy(void* font) {
+    if (font) DeleteObject(static_cast<HFONT>(font));
+}
+
+bool fontDescribe(void* font, FontDescription* out) {
+    LOGFONTW source = {};
+    if (!font || !out || GetObjectW(static_cast<HFONT>(font), sizeof source, &source) != int(sizeof source)) return false;
+    FontDescription d = {};
+    d.height = source.lfHeight;
+    d.width = source.lfWidth;
+    d.escapement = source.lfEscapement;
+    d.orientation = source.lfOrientation;
+    d.weight = source.lfWeight;
+    d.italic = source.lfItalic;
+    d.underline = source.lfUnderline;
+    d.strikeOut = source.lfStrikeOut;
+    d.charSet = source.lfCharSet;
+    d.outPrecision = source.lfOutPrecision;
+    d.clipPrecision = source.lfClipPrecision;
+    d.quality = source.lfQuality;
+    d.pitchAndFamily = source.lfPitchAndFamily;
+    if (!WideCharToMultiByte(CP_UTF8, 0, source.lfFaceName, -1, d.faceName, int(sizeof d.faceName), nullptr, nullptr))
+        d.faceName[0] = 0;
+    *out = d;
+    return true;
 }

@@ -6,6 +6,7 @@
 
 #include "engine/audio_block.h"
 #include "engine/speaker_analysis.h"
+#include "foundation/font.h"
 #include "foundation/numbers.h"
 #include "layouts/layouts.h"
 #include "shell/dispatcher.h"
@@ -141,10 +142,12 @@ void destroyPanner(SurroundPanner* p) {
     p->editorWindow = nullptr;
     // 2. Delay lines, last to first.
     releaseDelayLines(p);
-    // 3. The last instance takes the window class and the shared chunk buffer with it.
+    // 3. The last instance takes the window class, the shared chunk buffer and the label font
+    // with it.
     if (--instanceCount == 0) {
         windowClassUnregister(VIEW_WINDOW_CLASS);
         releaseStateBuffer();
+        releaseLabelFont();
     }
     // 4. Gestures, then the grow buffers in reverse order of construction.
     GrowBuffer* containers[CONTAINER_COUNT];

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstring>
 #include <thread>
 
 #include "platform/platform.h"
@@ -107,4 +108,37 @@ TEST(WindowClassTest, RegistersAndUnregistersByName) {
     EXPECT_TRUE(windowClassUnregister(name));
     EXPECT_FALSE(windowClassRegistered(name));
     EXPECT_FALSE(windowClassUnregister(name));
+}
+
+TEST(SystemFontTest, HandleCarriesItsDescription) {
+    FontDescription d = {};
+    d.height = -17;
+    d.width = 6;
+    d.weight = 700;
+    d.italic = 1;
+    std::strcpy(d.faceName, "Arial");
+    void* font = fontCreate(&d);
+    ASSERT_NE(font, nullptr);
+    FontDescription back;
+    std::memset(&back, 0x55, sizeof back);
+    ASSERT_TRUE(fontDescribe(font, &back));
+    EXPECT_EQ(back.height, -17);
+    EXPECT_EQ(back.width, 6);
+    EXPECT_EQ(back.weight, 700);
+    EXPECT_EQ(back.italic, 1);
+    EXPECT_EQ(back.underline, 0);
+    EXPECT_STREQ(back.faceName, "Arial");
+    fontDestroy(font);
+
+    // A face name that fills the field keeps its terminator.
+    std::memset(d.faceName, 'x', sizeof d.faceName);
+    font = fontCreate(&d);
+    ASSERT_NE(font, nullptr);
+    ASSERT_TRUE(fontDescribe(font, &back));
+    EXPECT_LT(std::strlen(back.faceName), sizeof back.faceName);
+    fontDestroy(font);
+
+    EXPECT_EQ(fontCreate(nullptr), nullptr);
+    EXPECT_FALSE(fontDescribe(nullptr, &back));
+    fontDestroy(nullptr);
 }
