@@ -8,6 +8,7 @@
 #include "host/host.h"
 #include "host/inspect.h"
 #include "host/loader.h"
+#include "host/presets.h"
 #include "host/render.h"
 #include "host/session.h"
 #include "host/validate.h"
@@ -34,11 +35,21 @@ const char* const USAGE =
     "      --plugin PATH       the plugin binary (default: the one beside this program)\n"
     "      --block N           block length in samples (default 512)\n"
     "      --format F          float (default), 16 or 24\n"
+    "      --layout NAME       the speakers of a built-in layout (a unique start of its name will do)\n"
+    "      --preset FILE       the speakers of a speaker preset file\n"
     "      --state FILE        a state chunk to load first\n"
     "      --save-state FILE   the state chunk after the render\n"
     "      --set NAME=TEXT     a parameter by name, from its display text (repeatable)\n"
     "      --automation FILE   lines 'seconds parameter text', applied at the block holding the time\n"
-    "      --tail SECONDS      silence fed after the input so delays come out\n";
+    "      --tail SECONDS      silence fed after the input so delays come out\n"
+    "  preset list [--ini FILE]\n"
+    "  preset save NAME (--layout NAME | --state FILE) [--ini FILE]\n"
+    "  preset load NAME [--plugin PATH] [--channels N] [--ini FILE]\n"
+    "  preset rename OLD NEW [--ini FILE]\n"
+    "  preset delete NAME [--ini FILE]\n"
+    "      speaker presets in the folder SpeakerSetups beside the host's ini file (default:\n"
+    "      kelvane-host/kelvane-host.ini in the user's configuration folder); load puts one into\n"
+    "      a fresh instance of the plugin and prints the speakers it then has\n";
 
 int fail(const std::string& message) {
     std::fprintf(stderr, "kelvane-host: %s\n", message.c_str());
@@ -141,5 +152,6 @@ int main(int argc, char** argv) {
     if (command == "params") return commandParams(argc - 2, argv + 2);
     if (command == "state") return commandState(argc - 2, argv + 2);
     if (command == "render") return commandRender(argc - 2, argv + 2, defaultPluginPath(argv[0]).c_str());
+    if (command == "preset") return commandPreset(argc - 2, argv + 2, defaultPluginPath(argv[0]).c_str());
     return fail("unknown command '" + command + "' (try --help)");
 }

@@ -232,7 +232,7 @@ int commandRender(int argc, char** argv, const char* defaultPlugin) {
             return fail(o.state + ": not a state chunk");
         sessionLoadState(s, chunk);
     }
-    if (!o.preset.empty()) return fail("--preset is not available yet");
+    if (!o.preset.empty() && !sessionApplyPreset(s, o.preset, &error)) return fail(error);
     if (layoutId >= 0 && !sessionApplyLayout(s, layoutId, &error)) return fail(error);
     if (sessionInputCount(s) != info.channels) sessionWriteNamed(s, "NUMCHANNELS", std::to_string(info.channels));
     // A new instance leaves its inputs at the room's centre until the host places them; without
