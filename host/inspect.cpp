@@ -34,10 +34,8 @@ std::string parseOpenOptions(int argc, char** argv, OpenOptions* o) {
                 o->state = v;
                 continue;
             }
-            char* end = nullptr;
-            long n = std::strtol(v.c_str(), &end, 10);
-            if (v.empty() || *end || n < 1 || n > 128) return "--channels '" + v + "': expected 1 to 128";
-            o->channels = int(n);
+            std::string problem;
+            if (!channelsFromOption(v, &o->channels, &problem)) return problem;
         } else if (arg.size() > 1 && arg[0] == '-') {
             return "unknown option '" + arg + "'";
         } else {

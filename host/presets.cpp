@@ -38,12 +38,7 @@ std::string parseOptions(int argc, char** argv, PresetOptions* o) {
             else if (arg == "--layout") o->layout = v;
             else if (arg == "--state") o->state = v;
             else if (arg == "--plugin") o->plugin = v;
-            else {
-                char* end = nullptr;
-                long n = std::strtol(v.c_str(), &end, 10);
-                if (*end || n < 1 || n > 128) return "--channels '" + v + "': expected 1 to 128";
-                o->channels = int(n);
-            }
+            else if (std::string problem; !channelsFromOption(v, &o->channels, &problem)) return problem;
         } else if (arg.size() > 1 && arg[0] == '-') {
             return "unknown option '" + arg + "'";
         } else {
@@ -128,13 +123,7 @@ int runSave(const std::string& name, const PresetOptions& o) {
     if (!o.state.empty() && !readChunkFile(o.state, &chunk, &problem)) return fail(problem);
     if (!o.state.empty() && stateChunkShape(chunk.data(), int32_t(chunk.size())).speakers < 1)
         return fail(o.state + ": the state holds no speakers");
-    if (!o.layout.empty()) {
-        std::string closest;
-        layoutId = findLayoutByName(o.layout, &closest);
-        if (layoutId == LAYOUT_NAME_AMBIGUOUS)
-            return fail("--layout '" + o.layout + "': more than one layout starts so: " + closest);
-        if (layoutId < 0) return fail("--layout '" + o.layout + "': no such layout; nearest: " + closest);
-    }
+    if (!o.layout.empty() && (layoutId = layoutFromOption(o.layout, &problem)) < 0) return fail(problem);
     SurroundPanner* p = createPanner();
     if (!p) return fail("out of memory");
     if (!chunk.empty()) loadState(p, chunk.data(), int32_t(chunk.size()));

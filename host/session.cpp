@@ -266,3 +266,22 @@ int findLayoutByName(const std::string& name, std::string* closest) {
     for (const auto& entry : ranked) *closest += (closest->empty() ? "\"" : ", \"") + std::string(entry.second) + "\"";
     return prefixed.empty() ? -1 : LAYOUT_NAME_AMBIGUOUS;
 }
+
+int layoutFromOption(const std::string& name, std::string* error) {
+    std::string closest;
+    int id = findLayoutByName(name, &closest);
+    if (id == LAYOUT_NAME_AMBIGUOUS) *error = "--layout '" + name + "': more than one layout starts so: " + closest;
+    else if (id < 0) *error = "--layout '" + name + "': no such layout; nearest: " + closest;
+    return id < 0 ? -1 : id;
+}
+
+bool channelsFromOption(const std::string& text, int* channels, std::string* error) {
+    char* end = nullptr;
+    long n = std::strtol(text.c_str(), &end, 10);
+    if (text.empty() || *end || n < 1 || n > 128) {
+        *error = "--channels '" + text + "': expected 1 to 128";
+        return false;
+    }
+    *channels = int(n);
+    return true;
+}

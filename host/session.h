@@ -55,6 +55,10 @@ bool sessionApplyPreset(PluginSession* s, const std::string& path, std::string* 
 // several do; `closest` then names the nearest or the matching layouts, comma-separated.
 constexpr int LAYOUT_NAME_AMBIGUOUS = -2;
 int findLayoutByName(const std::string& name, std::string* closest);
+// The layout of a --layout option, or -1 with a one-line reason that names the nearest layouts.
+int layoutFromOption(const std::string& name, std::string* error);
+// A --channels value: a whole number from 1 to 128. False with a one-line reason.
+bool channelsFromOption(const std::string& text, int* channels, std::string* error);
 
 // [one thread] Reads a whole file; false with a one-line reason naming it.
 bool readWholeFile(const std::string& path, std::vector<unsigned char>* out, std::string* error);
