@@ -1,7 +1,6 @@
-// Buffered file writing and reading, the only code that touches a file's contents. The writer
-// gathers bytes in fixed buffers and hands each full one to the disk asynchronously, so that
-// the caller goes on formatting while the disk works; the reader fills one aligned buffer with
-// large reads and hands the file out in blocks of 4096 bytes. Used by the file state streams.
+// Buffered file writing and reading, the only code that touches a file's contents: the writer
+// hands full buffers to the disk asynchronously while its caller goes on, the reader hands out
+// blocks of 4096 bytes from one large aligned buffer. Used by the file state streams.
 #pragma once
 
 #include <atomic>
@@ -24,6 +23,7 @@ struct WriteBuffer {
     GrowBuffer block;     // capacity + 4095 bytes
 };
 
+// A writer or reader is used by one thread at a time and has no lock.
 struct BufferedFileWriter {
     int64_t position;     // the offset the next submitted buffer gets
     int64_t maxPosition;  // the highest value position reached
@@ -37,17 +37,17 @@ struct BufferedFileWriter {
     const AsyncWriteCalls* calls;  // the platform's, or a test's stand-in
 };
 
-// [owner's thread] Opens for writing, emptying the file unless `append` (then writing goes on
+// [any thread] Opens for writing, emptying the file unless `append` (then writing goes on
 // at its end). A null name leaves the writer unopened in plain mode. In mode 1 `minBuffers`
 // buffers are made at once. On failure `handle` is FILE_HANDLE_NONE; close must still follow.
 void bufferedWriterOpen(BufferedFileWriter* w, const char* fileName, int asyncMode, int bufferSize, int minBuffers,
                         int maxBuffers, bool append, bool noFileLocking,
                         const AsyncWriteCalls* calls = &ASYNC_WRITE_PLATFORM);
-// [owner's thread] Takes `size` bytes. Returns the bytes taken: all of them in mode 1 (a failed
+// [any thread] Takes `size` bytes. Returns the bytes taken: all of them in mode 1 (a failed
 // disk write is not reported), what the system wrote in mode 0, 0 without a file or for a size
 // below 1. Mode 1 blocks only while `maxBuffers` writes are in flight.
 int bufferedWriterWrite(BufferedFileWriter* w, const void* data, int size);
-// [owner's thread] Sends the part-filled buffer, waits for every write, frees the buffers and
+// [any thread] Sends the part-filled buffer, waits for every write, frees the buffers and
 // closes the file. The writer is unopened afterwards.
 void bufferedWriterClose(BufferedFileWriter* w);
 
@@ -68,12 +68,12 @@ struct BufferedFileReader {
 // threads are no data race.
 extern std::atomic<int> firstReadCounter;
 
-// [owner's thread] Opens an existing file for reading (also one that another program holds
+// [any thread] Opens an existing file for reading (also one that another program holds
 // open for writing). The usable buffer is bufferSize rounded up to 8192, times bufferCount. On
 // failure `handle` is FILE_HANDLE_NONE; close must still follow.
 void bufferedReaderOpen(BufferedFileReader* r, const char* fileName, int bufferSize, int bufferCount);
-// [owner's thread] Fills `block` with up to min(capacity, 4096) bytes of the file. Returns the
+// [any thread] Fills `block` with up to min(capacity, 4096) bytes of the file. Returns the
 // count, 0 at the end of the file; a failed read counts as the end.
 int bufferedReaderBlock(BufferedFileReader* r, void* block, int capacity);
-// [owner's thread] Closes the file and frees the buffer.
+// [any thread] Closes the file and frees the buffer.
 void bufferedReaderClose(BufferedFileReader* r);

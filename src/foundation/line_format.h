@@ -1,7 +1,6 @@
-// The line formatter of the state streams: a printf-like format and its arguments turned into
-// one line of text. Floats, integers and strings are written by hand, so that the digits are
-// the same on every machine and the decimal point is '.' whatever the locale; strings can be
-// quoted so that the token reader gets them back whole. Used by the state streams.
+// The line formatter of the state streams: a printf-like format turned into one line, with
+// floats and integers written by hand (the same digits everywhere, '.' whatever the locale) and
+// strings quoted so that the token reader gets them back whole. Used by the state streams.
 #pragma once
 
 #include <cstdarg>

@@ -1,7 +1,6 @@
-// State text streams: a writer of text lines with a printf-like call and a reader that hands
-// back one line at a time. The file variant stands on the buffered file writer and reader and
-// carries speaker presets; the two memory variants keep lines in memory, each ended by a NUL.
-// Made by the factories below; a stream belongs to the thread that made it.
+// State text streams: lines written with a printf-like call and read back one at a time, from a
+// file (on the buffered writer and reader) or from memory. Made by the factories below; used by
+// the speaker presets. A stream belongs to the thread that made it.
 #pragma once
 
 #include <cstdint>
@@ -22,15 +21,15 @@ constexpr int STATE_READ_BUFFER_SIZE = 65536;
 
 struct ProjectStateContext {
     virtual ~ProjectStateContext() {}
-    // [owner's thread] Appends one line made by formatLine from the format and arguments.
+    // [any thread] Appends one line made by formatLine from the format and arguments.
     virtual void writeLine(const char* format, ...) = 0;
-    // [owner's thread] The next line that is not blank, without its leading blanks and its line
+    // [any thread] The next line that is not blank, without its leading blanks and its line
     // end, into `buffer` of `size` bytes (at least 3). A longer line comes in pieces. Returns 0,
     // or -1 at the end (buffer empty) and when the stream cannot be read.
     virtual int readLine(char* buffer, int size) = 0;
-    // [owner's thread] Bytes written so far.
+    // [any thread] Bytes written so far.
     virtual int64_t outputSize() = 0;
-    // [owner's thread] A number the stream only keeps for its user, 0 at start.
+    // [any thread] A number the stream only keeps for its user, 0 at start.
     virtual int getTempFlag() = 0;
     virtual void setTempFlag(int value) = 0;
 };
@@ -97,6 +96,6 @@ ProjectStateContext* createStateFileReader(const char* fileName);
 ProjectStateContext* createStateQueue();
 ProjectStateContext* createStateMemory(const void* data, int size, int mode);
 
-// [owner's thread] Copies up to `capacity` bytes of a queue's lines (each with its NUL) to
+// [any thread] Copies up to `capacity` bytes of a queue's lines (each with its NUL) to
 // `out`. Returns the count copied.
 int64_t stateQueueCopy(const ProjectStateContext_FastQueue* queue, void* out, int64_t capacity);

@@ -1,7 +1,6 @@
-// Encoded blocks of a state stream: binary data as base64 lines and text as "|" lines, between
-// a caller's '<' line and its closing '>' line. The readers take the lines up to the '>' that
-// closes the block they are in, passing over nested blocks. Used by whatever keeps data or
-// free text in a state stream.
+// Encoded blocks of a state stream: binary data as base64 lines and text as "|" lines, between a
+// caller's '<' line and its closing '>' line; the readers pass over nested blocks. For whatever
+// keeps data or free text in a state stream.
 #pragma once
 
 #include "foundation/state_stream.h"
@@ -13,19 +12,19 @@ constexpr int BASE64_LONG_DATA_FROM = 129;
 constexpr int BASE64_LINE_DECODE_MAX = 3200;   // bytes one line may give back
 constexpr int TEXT_LINE_PIECE_MAX = 4000;      // source characters in one "|" line
 
-// [owner's thread] Writes `size` bytes of data as base64 lines with '=' padding.
+// [any thread] Writes `size` bytes of data as base64 lines with '=' padding.
 void writeBase64Lines(ProjectStateContext* stream, const void* data, int size);
 // [any thread] Decodes one base64 line into `out`, up to the first character outside the
 // alphabet and at most min(capacity, 3200) bytes. Returns the count decoded.
 int decodeBase64Line(const char* line, void* out, int capacity);
-// [owner's thread] Reads base64 lines up to the '>' that closes the present block and appends
+// [any thread] Reads base64 lines up to the '>' that closes the present block and appends
 // their bytes to `out`. Returns false when the stream ended first or memory ran out.
 bool readBase64Block(ProjectStateContext* stream, GrowBuffer* out);
 
-// [owner's thread] Writes `length` bytes of text, one stream line per source line (split after
+// [any thread] Writes `length` bytes of text, one stream line per source line (split after
 // 4000 characters), each marked with how it joins the one before: "|" after CR LF, "n|" after
 // LF, "r|" after CR, "R|" after LF CR, "c|" for the rest of a split line.
 void writeTextLines(ProjectStateContext* stream, const char* text, int length);
-// [owner's thread] Reads "|" lines up to the '>' that closes the present block and appends the
+// [any thread] Reads "|" lines up to the '>' that closes the present block and appends the
 // text they make to `out` (no NUL). Returns false when the stream ended first or memory ran out.
 bool readTextBlock(ProjectStateContext* stream, GrowBuffer* out);

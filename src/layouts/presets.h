@@ -1,6 +1,6 @@
 // Speaker presets: speaker setups kept outside any project, as small text files in a folder
-// beside the host's ini file, one line "x y z flags gain influence" per speaker. Called by the
-// dialog's preset menu and by kelvane-host; all of it runs on the window thread.
+// beside the host's ini file, one line "x y z flags gain influence" per speaker. For the
+// dialog's preset menu and kelvane-host; all of it runs on the window thread.
 #pragma once
 
 #include <cstdint>

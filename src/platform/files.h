@@ -1,7 +1,6 @@
-// Files below the buffered reader and writer and the speaker preset folder: opening by a UTF-8
-// name, synchronous reads and writes at an offset, asynchronous writes, and the four folder
-// operations presets need. Win32 in Windows builds, POSIX on Linux; called by
-// foundation/buffered_file and layouts/presets.
+// Files below the buffered reader and writer and the preset folder: open by a UTF-8 name, read,
+// write at an offset, write asynchronously, and four folder calls. Win32 in Windows builds,
+// POSIX on Linux; called by foundation/buffered_file and layouts/presets.
 #pragma once
 
 #include <cstdint>
@@ -59,10 +58,10 @@ enum {
 
 // The asynchronous calls as a table, so that a test can stand between the writer and the disk.
 struct AsyncWriteCalls {
-    // [owner's thread] Starts writing `size` bytes of `data` at `offset`: FILE_IO_PENDING, or
+    // [any thread] Starts writing `size` bytes of `data` at `offset`: FILE_IO_PENDING, or
     // FILE_IO_DONE when it finished at once, or FILE_IO_FAILED.
     int (*start)(FileHandle file, AsyncWrite* request, const void* data, int size, int64_t offset);
-    // [owner's thread] The outcome of a started write: FILE_IO_DONE, FILE_IO_ABORTED,
+    // [any thread] The outcome of a started write: FILE_IO_DONE, FILE_IO_ABORTED,
     // FILE_IO_FAILED, or FILE_IO_INCOMPLETE when `wait` is false and it still runs.
     int (*result)(FileHandle file, AsyncWrite* request, bool wait);
 };
