@@ -34,10 +34,8 @@ std::string parseOpenOptions(int argc, char** argv, OpenOptions* o) {
                 o->state = v;
                 continue;
             }
-            char* end = nullptr;
-            long n = std::strtol(v.c_str(), &end, 10);
-            if (v.empty() || *end || n < 1 || n > 128) return "--channels '" + v + "': expected 1 to 128";
-            o->channels = int(n);
+            std::string problem;
+            if (!channelsFromOption(v, &o->channels, &problem)) return problem;
         } else if (arg.size() > 1 && arg[0] == '-') {
             return "unknown option '" + arg + "'";
         } else {
@@ -45,25 +43,6 @@ std::string parseOpenOptions(int argc, char** argv, OpenOptions* o) {
         }
     }
     return "";
-}
-
-// Reads a chunk file and refuses anything that is not one whole chunk.
-bool readChunkFile(const std::string& path, std::vector<unsigned char>* chunk, std::string* error) {
-    if (!readWholeFile(path, chunk, error)) return false;
-    StateChunkShape shape = stateChunkShape(chunk->data(), int32_t(chunk->size()));
-    // Versions below 3 carry nothing, and a version in the thousands is text or noise.
-    constexpr size_t HEAD_BYTES = 56;
-    if (shape.version < 3 || shape.version > 255 || chunk->size() < HEAD_BYTES) {
-        *error = path + ": not a state chunk";
-        return false;
-    }
-    if (!shape.complete) {
-        *error = path + ": damaged state chunk (version " + std::to_string(shape.version) + ", " +
-                 std::to_string(shape.inputs) + " inputs, " + std::to_string(shape.speakers) +
-                 " speakers: the records do not fit the " + std::to_string(chunk->size()) + " bytes)";
-        return false;
-    }
-    return true;
 }
 
 bool openWithState(PluginSession* s, const OpenOptions& o, std::string* error) {

@@ -8,6 +8,7 @@
 #include "host/host.h"
 #include "host/inspect.h"
 #include "host/loader.h"
+#include "host/presets.h"
 #include "host/render.h"
 #include "host/session.h"
 #include "host/test_scene.h"
@@ -35,6 +36,8 @@ const char* const USAGE =
     "      --plugin PATH       the plugin binary (default: the one beside this program)\n"
     "      --block N           block length in samples (default 512)\n"
     "      --format F          float (default), 16 or 24\n"
+    "      --layout NAME       the speakers of a built-in layout (a unique start of its name will do)\n"
+    "      --preset FILE       the speakers of a speaker preset file\n"
     "      --state FILE        a state chunk to load first\n"
     "      --save-state FILE   the state chunk after the render\n"
     "      --set NAME=TEXT     a parameter by name, from its display text (repeatable)\n"
@@ -43,7 +46,15 @@ const char* const USAGE =
     "  render-test-scene OUT.png [--scale S]\n"
     "      render the renderer's test scene with a label in the label font, through the host's\n"
     "      own bitmaps and fonts, into a PNG file\n"
-    "      --scale S           the bitmap's scale, 0 (none, default) to 1024; 256 = 100 %\n";
+    "      --scale S           the bitmap's scale, 0 (none, default) to 1024; 256 = 100 %\n"
+    "  preset list [--ini FILE]\n"
+    "  preset save NAME (--layout NAME | --state FILE) [--ini FILE]\n"
+    "  preset load NAME [--plugin PATH] [--channels N] [--ini FILE]\n"
+    "  preset rename OLD NEW [--ini FILE]\n"
+    "  preset delete NAME [--ini FILE]\n"
+    "      speaker presets in the folder SpeakerSetups beside the host's ini file (default:\n"
+    "      kelvane-host/kelvane-host.ini in the user's configuration folder); load puts one into\n"
+    "      a fresh instance of the plugin and prints the speakers it then has\n";
 
 int fail(const std::string& message) {
     std::fprintf(stderr, "kelvane-host: %s\n", message.c_str());
@@ -147,5 +158,6 @@ int main(int argc, char** argv) {
     if (command == "state") return commandState(argc - 2, argv + 2);
     if (command == "render-test-scene") return commandRenderTestScene(argc - 2, argv + 2);
     if (command == "render") return commandRender(argc - 2, argv + 2, defaultPluginPath(argv[0]).c_str());
+    if (command == "preset") return commandPreset(argc - 2, argv + 2, defaultPluginPath(argv[0]).c_str());
     return fail("unknown command '" + command + "' (try --help)");
 }

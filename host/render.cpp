@@ -209,17 +209,11 @@ int commandRender(int argc, char** argv, const char* defaultPlugin) {
     if (!run.in) return fail(o.input + ": cannot read audio: " + sf_strerror(nullptr));
     if (info.channels < 1 || info.channels > 128) return fail(o.input + ": " + std::to_string(info.channels) + " channels; 1 to 128 can be panned");
     if (!folderExists(o.output)) return fail(o.output + ": the folder does not exist");
+    std::string error;
     int layoutId = -1;
-    if (!o.layout.empty()) {
-        std::string closest;
-        layoutId = findLayoutByName(o.layout, &closest);
-        if (layoutId == LAYOUT_NAME_AMBIGUOUS)
-            return fail("--layout '" + o.layout + "': more than one layout starts so: " + closest);
-        if (layoutId < 0) return fail("--layout '" + o.layout + "': no such layout; nearest: " + closest);
-    }
+    if (!o.layout.empty() && (layoutId = layoutFromOption(o.layout, &error)) < 0) return fail(error);
     if (std::filesystem::is_directory(o.output)) return fail(o.output + ": is a folder, not a file name");
 
-    std::string error;
     if (!sessionOpen(&run.session, o.plugin.c_str(), info.channels, nullptr, double(info.samplerate), &error))
         return fail(error);
     PluginSession* s = &run.session;
@@ -232,7 +226,7 @@ int commandRender(int argc, char** argv, const char* defaultPlugin) {
             return fail(o.state + ": not a state chunk");
         sessionLoadState(s, chunk);
     }
-    if (!o.preset.empty()) return fail("--preset is not available yet");
+    if (!o.preset.empty() && !sessionApplyPreset(s, o.preset, &error)) return fail(error);
     if (layoutId >= 0 && !sessionApplyLayout(s, layoutId, &error)) return fail(error);
     if (sessionInputCount(s) != info.channels) sessionWriteNamed(s, "NUMCHANNELS", std::to_string(info.channels));
     // A new instance leaves its inputs at the room's centre until the host places them; without

@@ -6,8 +6,10 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <functional>
 
 #include "layouts/layouts.h"
+#include "layouts/presets.h"
 #include "shell/panner.h"
 #include "shell/state_chunk.h"
 
@@ -123,6 +125,24 @@ bool readWholeFile(const std::string& path, std::vector<unsigned char>* out, std
     return ok;
 }
 
+bool readChunkFile(const std::string& path, std::vector<unsigned char>* chunk, std::string* error) {
+    if (!readWholeFile(path, chunk, error)) return false;
+    StateChunkShape shape = stateChunkShape(chunk->data(), int32_t(chunk->size()));
+    // Versions below 3 carry nothing, and a version in the thousands is text or noise.
+    constexpr size_t HEAD_BYTES = 56;
+    if (shape.version < 3 || shape.version > 255 || chunk->size() < HEAD_BYTES) {
+        *error = path + ": not a state chunk";
+        return false;
+    }
+    if (!shape.complete) {
+        *error = path + ": damaged state chunk (version " + std::to_string(shape.version) + ", " +
+                 std::to_string(shape.inputs) + " inputs, " + std::to_string(shape.speakers) +
+                 " speakers: the records do not fit the " + std::to_string(chunk->size()) + " bytes)";
+        return false;
+    }
+    return true;
+}
+
 bool writeFileSafely(const std::string& path, const std::vector<unsigned char>& bytes, std::string* error) {
     std::string temp = path + ".partial";
     FILE* f = std::fopen(temp.c_str(), "wb");
@@ -149,10 +169,13 @@ bool folderExists(const std::string& path) {
     return std::filesystem::is_directory(folder, ec);
 }
 
-bool sessionApplyLayout(PluginSession* s, int layoutId, std::string* error) {
+// The effect's state, changed by `edit` on a scratch instance of the core library, loaded back
+// into the effect as a chunk. `edit` returns "" when it did its work, else the reason.
+static bool composeState(PluginSession* s, const std::function<std::string(SurroundPanner*)>& edit,
+                         std::string* error) {
     std::vector<unsigned char> chunk = sessionSaveState(s);
     if (chunk.empty()) {
-        *error = "the plugin gives no state to put the layout into";
+        *error = "the plugin gives no state to change";
         return false;
     }
     SurroundPanner* p = createPanner();
@@ -161,17 +184,34 @@ bool sessionApplyLayout(PluginSession* s, int layoutId, std::string* error) {
         return false;
     }
     loadState(p, chunk.data(), int32_t(chunk.size()));
-    bool applied = applyLayout(p, layoutId) == layoutId;
+    std::string problem = edit(p);
     void* data = nullptr;
-    int32_t size = applied ? saveState(p, &data) : 0;
+    int32_t size = problem.empty() ? saveState(p, &data) : 0;
     std::vector<unsigned char> composed(static_cast<unsigned char*>(data), static_cast<unsigned char*>(data) + size);
     destroyPanner(p);
     if (composed.empty()) {
-        *error = "layout " + std::to_string(layoutId) + " could not be applied";
+        *error = problem.empty() ? "out of memory" : problem;
         return false;
     }
     sessionLoadState(s, composed);
     return true;
+}
+
+bool sessionApplyLayout(PluginSession* s, int layoutId, std::string* error) {
+    return composeState(
+        s,
+        [&](SurroundPanner* p) {
+            return applyLayout(p, layoutId) == layoutId ? "" : "layout " + std::to_string(layoutId) + " could not be applied";
+        },
+        error);
+}
+
+bool sessionApplyPreset(PluginSession* s, const std::string& path, std::string* error) {
+    std::vector<unsigned char> bytes;
+    if (!readWholeFile(path, &bytes, error)) return false;
+    return composeState(
+        s, [&](SurroundPanner* p) { return loadPresetFile(p, path.c_str()) ? "" : path + ": no speaker line in the preset"; },
+        error);
 }
 
 namespace {
@@ -225,4 +265,23 @@ int findLayoutByName(const std::string& name, std::string* closest) {
     closest->clear();
     for (const auto& entry : ranked) *closest += (closest->empty() ? "\"" : ", \"") + std::string(entry.second) + "\"";
     return prefixed.empty() ? -1 : LAYOUT_NAME_AMBIGUOUS;
+}
+
+int layoutFromOption(const std::string& name, std::string* error) {
+    std::string closest;
+    int id = findLayoutByName(name, &closest);
+    if (id == LAYOUT_NAME_AMBIGUOUS) *error = "--layout '" + name + "': more than one layout starts so: " + closest;
+    else if (id < 0) *error = "--layout '" + name + "': no such layout; nearest: " + closest;
+    return id < 0 ? -1 : id;
+}
+
+bool channelsFromOption(const std::string& text, int* channels, std::string* error) {
+    char* end = nullptr;
+    long n = std::strtol(text.c_str(), &end, 10);
+    if (text.empty() || *end || n < 1 || n > 128) {
+        *error = "--channels '" + text + "': expected 1 to 128";
+        return false;
+    }
+    *channels = int(n);
+    return true;
 }

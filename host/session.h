@@ -46,14 +46,24 @@ void sessionLoadState(PluginSession* s, const std::vector<unsigned char>& chunk)
 // onto the effect's own state, and the result goes back in as a chunk, as a host restoring a
 // project would. False with a one-line reason.
 bool sessionApplyLayout(PluginSession* s, int layoutId, std::string* error);
+// [one thread] Puts the speakers of a preset file into the effect in the same way: the core
+// library's preset reader loads them onto the effect's own state. False with a one-line reason
+// naming the file.
+bool sessionApplyPreset(PluginSession* s, const std::string& path, std::string* error);
 // The built-in layout a name picks, exactly or by a unique prefix, without regard to case
 // ("Custom speakers" is no layout to pick). -1 when none matches, LAYOUT_NAME_AMBIGUOUS when
 // several do; `closest` then names the nearest or the matching layouts, comma-separated.
 constexpr int LAYOUT_NAME_AMBIGUOUS = -2;
 int findLayoutByName(const std::string& name, std::string* closest);
+// The layout of a --layout option, or -1 with a one-line reason that names the nearest layouts.
+int layoutFromOption(const std::string& name, std::string* error);
+// A --channels value: a whole number from 1 to 128. False with a one-line reason.
+bool channelsFromOption(const std::string& text, int* channels, std::string* error);
 
 // [one thread] Reads a whole file; false with a one-line reason naming it.
 bool readWholeFile(const std::string& path, std::vector<unsigned char>* out, std::string* error);
+// [one thread] Reads a state chunk file and refuses anything that is not one whole chunk.
+bool readChunkFile(const std::string& path, std::vector<unsigned char>* chunk, std::string* error);
 // [one thread] Writes a file through a temporary beside it, renamed over the target only when
 // everything was written. False with a one-line reason; the target is then untouched.
 bool writeFileSafely(const std::string& path, const std::vector<unsigned char>& bytes, std::string* error);

@@ -1,6 +1,7 @@
 #include "foundation/numbers.h"
 
 #include <charconv>
+#include <cmath>
 #include <climits>
 #include <cstring>
 
@@ -31,4 +32,10 @@ int parseLeadingInt(const char* text) {
     if (negative) value = -value;
     if (value > INT_MAX) value = INT_MAX;
     return int(value);
+}
+
+double saneSetting(double value) {
+    constexpr double LIMIT = 1e6;
+    if (!std::isfinite(value) || std::fpclassify(value) == FP_SUBNORMAL) return 0.0;
+    return value > LIMIT ? LIMIT : value < -LIMIT ? -LIMIT : value;
 }

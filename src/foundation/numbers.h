@@ -1,5 +1,6 @@
 // Locale-independent reading of numbers from text: the decimal floats and integers that ini
-// values, parameter texts and vendor calls carry. '.' is the decimal point whatever the locale.
+// values, parameter texts, vendor calls and preset files carry. '.' is the decimal point
+// whatever the locale. Also the bound every stored setting is read through.
 #pragma once
 
 // [any thread] Reads a decimal float from the start of text (leading blanks and a sign allowed)
@@ -7,3 +8,8 @@
 double parseLeadingDouble(const char* text);
 // [any thread] The same for a decimal integer, saturated to the int range.
 int parseLeadingInt(const char* text);
+
+// [any thread] A setting read from a stored block or file: NaN, infinite, subnormal or beyond a
+// million comes only from damage, and reads as 0 (or the nearest bound) so that the mix stays
+// finite and quick.
+double saneSetting(double value);

@@ -6,6 +6,7 @@
 
 #include "engine/records.h"
 #include "engine/speaker_analysis.h"
+#include "foundation/numbers.h"
 #include "shell/grow_buffer.h"
 #include "shell/panner.h"
 
@@ -58,14 +59,6 @@ struct ChunkWriter {
 
 uint32_t bit(uint8_t flag, uint32_t value) { return flag ? value : 0; }
 
-// No setting is NaN, infinite, subnormal or beyond a million: such a number comes only from a
-// damaged block, and reads as 0 (or the nearest bound) so that the mix stays finite and quick.
-double settingValue(double v) {
-    constexpr double LIMIT = 1e6;
-    if (!std::isfinite(v) || std::fpclassify(v) == FP_SUBNORMAL) return 0.0;
-    return v > LIMIT ? LIMIT : v < -LIMIT ? -LIMIT : v;
-}
-
 // ---- reading: a field beyond the end yields nothing and leaves its destination ----
 
 struct ChunkReader {
@@ -95,7 +88,7 @@ struct ChunkReader {
         uint64_t bits = uint64_t(hi) << 32 | lo;
         double read;
         std::memcpy(&read, &bits, 8);
-        *v = settingValue(read);
+        *v = saneSetting(read);
         return true;
     }
     // A name of n bytes: the first min(n, 63) are copied when all n are there; the position moves
