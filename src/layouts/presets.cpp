@@ -152,9 +152,8 @@ bool loadPresetFile(SurroundPanner* p, const char* path) {
     delete stream;
     if (!count) return false;
 
-    // The host learns the new counts at its next idle call; a change it has not yet heard of
-    // keeps the counts it still knows.
-    if (!p->pendingChannelChange) p->pendingChannelChange = uint32_t(inputCount(p)) | uint32_t(speakerCount(p)) << 8;
+    // The host learns the new counts at its next idle call, told against the counts noted here.
+    p->pendingChannelChange = uint32_t(inputCount(p)) | uint32_t(speakerCount(p)) << 8;
     LockHold hold(&p->stateLock);
     if (!growBufferResize(&p->speakers, size_t(count) * sizeof(PanSpeaker))) return false;
     std::memcpy(speakerRecords(p), read, size_t(count) * sizeof(PanSpeaker));
