@@ -41,9 +41,6 @@ bool readBlockLines(ProjectStateContext* stream, Take take) {
     return false;
 }
 
-// Nothing to append is no failure (an empty GrowBuffer has no storage to point at).
-bool append(GrowBuffer* out, const void* bytes, size_t count) { return !count || growBufferAppend(out, bytes, count); }
-
 }  // namespace
 
 void writeBase64Lines(ProjectStateContext* stream, const void* data, int size) {
@@ -93,7 +90,7 @@ bool readBase64Block(ProjectStateContext* stream, GrowBuffer* out) {
     return readBlockLines(stream, [&](const char* line) {
         unsigned char bytes[BASE64_LINE_DECODE_MAX];
         int n = decodeBase64Line(line, bytes, sizeof bytes);
-        return append(out, bytes, size_t(n));
+        return growBufferAppend(out, bytes, size_t(n));
     });
 }
 
@@ -129,6 +126,6 @@ bool readTextBlock(ProjectStateContext* stream, GrowBuffer* out) {
         if (!join) return true;
         if (first) join = "";
         first = false;
-        return append(out, join, std::strlen(join)) && append(out, bar + 1, std::strlen(bar + 1));
+        return growBufferAppend(out, join, std::strlen(join)) && growBufferAppend(out, bar + 1, std::strlen(bar + 1));
     });
 }

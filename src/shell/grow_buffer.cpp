@@ -26,7 +26,9 @@ size_t growBufferAllocationFor(size_t needed, size_t granularity) {
 }
 
 void* growBufferResize(GrowBuffer* buffer, size_t size) {
-    bool grow = size > buffer->allocated;
+    // A buffer that never had storage gets some even for a size of 0, so that success always
+    // comes back as a pointer and null means only failure.
+    bool grow = size > buffer->allocated || !buffer->data;
     int64_t keepLimit = int64_t(buffer->allocated / 2);
     int64_t lessFourGranules = int64_t(buffer->allocated) - 4 * int64_t(buffer->granularity);
     if (lessFourGranules < keepLimit) keepLimit = lessFourGranules;

@@ -21,8 +21,9 @@ void growBufferFree(GrowBuffer* buffer);
 // [any thread] The allocation the growth rule gives for a needed size.
 size_t growBufferAllocationFor(size_t needed, size_t granularity);
 // [any thread] Sets the used size, growing or shrinking the allocation by the rule. Contents up
-// to the smaller of the old and new size are kept. Returns the data pointer, or null when the
-// storage cannot grow; the buffer is then unchanged.
+// to the smaller of the old and new size are kept. Returns the data pointer, never null on
+// success (a size of 0 included), or null when the storage cannot grow; the buffer is then
+// unchanged.
 void* growBufferResize(GrowBuffer* buffer, size_t size);
 // [any thread] Appends bytes at the used end. Returns false, with nothing appended, on failure.
 bool growBufferAppend(GrowBuffer* buffer, const void* bytes, size_t count);

@@ -35,4 +35,11 @@ TEST(GrowBufferTest, ResizeKeepsContentsAndShrinksOnlyFarBelow) {
     growBufferFree(&b);
     EXPECT_EQ(b.data, nullptr);
     EXPECT_EQ(b.used, 0u);
+
+    // An empty buffer sized to 0, or given nothing to append, succeeds.
+    EXPECT_NE(growBufferResize(&b, 0), nullptr);
+    growBufferFree(&b);
+    EXPECT_TRUE(growBufferAppend(&b, nullptr, 0));
+    EXPECT_EQ(b.used, 0u);
+    growBufferFree(&b);
 }
