@@ -22,7 +22,7 @@ constexpr int HOST_BITMAP_MAX_SIDE = 16384;
 // (h * scale) >> 8 pixels while it reports w by h; 0 is none. The advised scale is only kept and
 // reported. Text is drawn at the scale, or at the advised scale when there is none.
 // [window thread]
-struct HostBitmap : MIRQ_IBitmap {
+struct HostBitmap final : MIRQ_IBitmap {
     int kind;
     int logicalWidth, logicalHeight;
     int scale;
@@ -34,10 +34,11 @@ struct HostBitmap : MIRQ_IBitmap {
     void* previousObject;
 
     HostBitmap(int kind);
-    ~HostBitmap() override;
+    ~HostBitmap();
     HostBitmap(const HostBitmap&) = delete;
     HostBitmap& operator=(const HostBitmap&) = delete;
 
+    void* destroySelf(unsigned flags) override { return mirqDestroySelf(this, flags); }
     uint32_t* pixels() override { return bits; }
     int width() override { return logicalWidth; }
     int height() override { return logicalHeight; }
@@ -66,7 +67,7 @@ struct FontFace;
 // the text option are kept but change nothing. Rectangles are in the bitmap's logical pixels;
 // a scaled bitmap gets its text in stored pixels, with the font it was handed (the cache hands
 // one of the scaled height). [window thread]
-struct HostFont : MIRQ_IFont {
+struct HostFont final : MIRQ_IFont {
     void* systemFont;  // owned
     FontFace* face;    // the system font opened for drawing; null when it cannot be opened
     int assignFlags;   // the flags of the last assignHandle
@@ -79,10 +80,11 @@ struct HostFont : MIRQ_IFont {
     int textOption;
 
     HostFont();
-    ~HostFont() override;
+    ~HostFont();
     HostFont(const HostFont&) = delete;
     HostFont& operator=(const HostFont&) = delete;
 
+    void* destroySelf(unsigned flags) override { return mirqDestroySelf(this, flags); }
     void assignHandle(void* font, int flags) override;
     int setTextColor(int colour) override { return std::exchange(textColorValue, colour); }
     int setBackColor(int colour) override { return std::exchange(backColor, colour); }

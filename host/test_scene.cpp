@@ -132,7 +132,7 @@ void buildScene(Scene* s) {
 void destroyScene(Scene* s) {
     for (Mesh* m : s->opaque) destroyMesh(m);
     for (Mesh* m : s->blended) destroyMesh(m);
-    delete s->texture;
+    mirqDestroy(s->texture);
 }
 
 void drawLabel(MIRQ_IBitmap* bitmap) {
@@ -195,7 +195,7 @@ MIRQ_IBitmap* renderTestScene(int scale) {
         drawLabel(bitmap);
         releaseLabelFont();
     } else {
-        delete bitmap;
+        mirqDestroy(bitmap);
         bitmap = nullptr;
     }
     destroyScene(&scene);
@@ -231,7 +231,7 @@ int commandRenderTestScene(int argc, char** argv) {
     MIRQ_IBitmap* picture = renderTestScene(scale);
     if (!picture) return fail("out of memory");
     std::vector<unsigned char> png = pngEncodeBitmap(picture);
-    delete picture;
+    mirqDestroy(picture);
     std::string error;
     if (png.empty()) return fail("the picture could not be encoded");
     if (!writeFileSafely(output, png, &error)) return fail(error);

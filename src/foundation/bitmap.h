@@ -19,10 +19,32 @@ enum : int {
 constexpr int MIRQ_SUB_BITMAP_ANSWER = 0x1000;
 constexpr int MIRQ_SCALE_ONE = 256;
 
+// Slot 0 of the bitmap and font interfaces ends the object: it runs the object's destructor and,
+// with MIRQ_DESTROY_FREE in flags, frees its memory. It is one slot, as the deleting destructor
+// of the host's compiler has it, and not a virtual destructor, which this compiler lays out as
+// two slots and which would shift every later slot against the objects the host makes.
+constexpr unsigned MIRQ_DESTROY_FREE = 1;
+
+// [window thread] Ends an object made with new through its slot 0; null does nothing.
+template <class T>
+inline void mirqDestroy(T* object) {
+    if (object) object->destroySelf(MIRQ_DESTROY_FREE);
+}
+// The slot-0 body of an implementation: deletes or only destroys self. Null once freed.
+template <class T>
+inline void* mirqDestroySelf(T* self, unsigned flags) {
+    if (flags & MIRQ_DESTROY_FREE) {
+        delete self;
+        return nullptr;
+    }
+    self->~T();
+    return self;
+}
+
 // 32-bit pixels, 0xAARRGGBB: bytes blue, green, red, alpha in memory. The slots stand in this
 // order for every implementation, the host's included. [window thread]
 struct MIRQ_IBitmap {
-    virtual ~MIRQ_IBitmap() {}
+    virtual void* destroySelf(unsigned flags) = 0;  // slot 0, see MIRQ_DESTROY_FREE
     // The first pixel in memory: the top row, or the bottom row when flipped(). Null when the
     // bitmap has no pixels.
     virtual uint32_t* pixels() = 0;
@@ -33,6 +55,9 @@ struct MIRQ_IBitmap {
     virtual bool resize(int w, int h) = 0;
     virtual void* deviceContext() = 0;  // a Win32 device context, or null
     virtual int extended(int id, void* data) = 0;
+
+protected:
+    ~MIRQ_IBitmap() = default;  // objects end through slot 0, never by delete on the interface
 };
 
 // [window thread] The bitmap's scale (MIRQ_EXT_GET_SCALE); 0 for null.
@@ -41,7 +66,7 @@ int bitmapScale(MIRQ_IBitmap* bitmap);
 // A rectangle of a parent bitmap, in the parent's logical pixels; it owns nothing. Made as a
 // local object around a piece of drawing. A view that misses the parent is empty (0 by 0),
 // which every drawing routine takes as a target with nothing to do. [window thread]
-struct MIRQ_SubBitmap : MIRQ_IBitmap {
+struct MIRQ_SubBitmap final : MIRQ_IBitmap {
     int viewWidth;   // clipped to the parent
     int viewHeight;  // clipped to the parent
     int x;           // left edge in the parent
@@ -51,6 +76,7 @@ struct MIRQ_SubBitmap : MIRQ_IBitmap {
     // Negative x and y count as 0; then resize(w, h).
     MIRQ_SubBitmap(MIRQ_IBitmap* parent, int x, int y, int w, int h);
 
+    void* destroySelf(unsigned flags) override { return mirqDestroySelf(this, flags); }
     // Null without a parent or when the parent has no pixels.
     uint32_t* pixels() override;
     int width() override { return viewWidth; }
@@ -67,13 +93,14 @@ struct MIRQ_SubBitmap : MIRQ_IBitmap {
 
 // Foreign pixels described field by field; stored pixels only, so it reports no scale. It owns
 // nothing, cannot resize, has no device context and answers 0 to every side call. [window thread]
-struct MIRQ_WrapperBitmap : MIRQ_IBitmap {
+struct MIRQ_WrapperBitmap final : MIRQ_IBitmap {
     uint32_t* bits = nullptr;
     int bitsWidth = 0;
     int bitsHeight = 0;
     int bitsSpan = 0;  // pixels
     uint8_t bitsFlipped = 0;
 
+    void* destroySelf(unsigned flags) override { return mirqDestroySelf(this, flags); }
     uint32_t* pixels() override { return bits; }
     int width() override { return bitsWidth; }
     int height() override { return bitsHeight; }

@@ -16,7 +16,7 @@ __MIRQ_dpiAwareFont::__MIRQ_dpiAwareFont(const FontDescription& description)
 
 __MIRQ_dpiAwareFont::~__MIRQ_dpiAwareFont() {
     FontSizePair* pairs = growItems<FontSizePair>(sizes);
-    for (int i = 0; i < growCount<FontSizePair>(sizes); i++) delete pairs[i].font;
+    for (int i = 0; i < growCount<FontSizePair>(sizes); i++) mirqDestroy(pairs[i].font);
     growBufferFree(&sizes);
 }
 

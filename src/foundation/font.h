@@ -6,10 +6,9 @@
 #include <cstdint>
 #include <utility>
 
+#include "foundation/bitmap.h"
 #include "platform/platform.h"
 #include "shell/grow_buffer.h"
-
-struct MIRQ_IBitmap;
 
 // A rectangle in logical pixels, laid out as a Win32 RECT.
 struct TextRect {
@@ -38,7 +37,7 @@ enum : int { MIRQ_FONT_ASSIGN_CACHED = 0x200, MIRQ_FONT_ASSIGN_SCALED = 0x400 };
 // A font object. The slots stand in this order for every implementation, the host's included.
 // Colours are 0xAARRGGBB. Text is UTF-8. [window thread]
 struct MIRQ_IFont {
-    virtual ~MIRQ_IFont() {}
+    virtual void* destroySelf(unsigned flags) = 0;  // slot 0, see MIRQ_DESTROY_FREE
     // Takes a system font (fontCreate) to draw with from now on and frees the one it had.
     virtual void assignHandle(void* font, int flags) = 0;
     // Each setter stores and returns the value it replaces.
@@ -57,6 +56,9 @@ struct MIRQ_IFont {
     virtual void setTextOption(int value) = 0;
     // A new font object of the kind this one draws with; null when none can be had.
     virtual MIRQ_IFont* createFontObject() = 0;
+
+protected:
+    ~MIRQ_IFont() = default;  // objects end through slot 0, never by delete on the interface
 };
 
 // One entry of the cache: a host font object (owned) and the pixel height of the system font it
@@ -87,7 +89,7 @@ struct __MIRQ_dpiAwareFont : MIRQ_IFont {
     // returns 0 and lineHeight() 10.
     explicit __MIRQ_dpiAwareFont(const FontDescription& description);
     // Destroys every host font object of the cache.
-    ~__MIRQ_dpiAwareFont() override;
+    ~__MIRQ_dpiAwareFont();
     __MIRQ_dpiAwareFont(const __MIRQ_dpiAwareFont&) = delete;
     __MIRQ_dpiAwareFont& operator=(const __MIRQ_dpiAwareFont&) = delete;
 
@@ -111,8 +113,9 @@ struct __MIRQ_dpiAwareFont : MIRQ_IFont {
 };
 
 // The cache over the host's MIRQ_CreateFont. [window thread]
-struct dpiAwareFont : __MIRQ_dpiAwareFont {
+struct dpiAwareFont final : __MIRQ_dpiAwareFont {
     explicit dpiAwareFont(const FontDescription& description) : __MIRQ_dpiAwareFont(description) {}
+    void* destroySelf(unsigned flags) override { return mirqDestroySelf(this, flags); }
     // A new host font object; null when the host lacks MIRQ_CreateFont or makes none.
     MIRQ_IFont* createFontObject() override;
 };

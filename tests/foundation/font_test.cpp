@@ -23,12 +23,13 @@ struct FontLog {
 };
 FontLog* fontLog = nullptr;
 
-struct LoggingFont : MIRQ_IFont {
+struct LoggingFont final : MIRQ_IFont {
     int id;
     void* handle = nullptr;
     int height = 0;
     explicit LoggingFont(int n) : id(n) {}
-    ~LoggingFont() override {
+    void* destroySelf(unsigned flags) override { return mirqDestroySelf(this, flags); }
+    ~LoggingFont() {
         fontDestroy(handle);
         fontLog->destroyed++;
     }

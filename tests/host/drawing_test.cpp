@@ -103,7 +103,7 @@ int measure(MIRQ_IFont* f, const char* text, int flags = 0) {
 }
 
 TEST(HostFontTest, MeasuresAndDrawsInsideTheRectangle) {
-    std::unique_ptr<MIRQ_IFont> font(hostCreateFont());
+    std::unique_ptr<HostFont> font(static_cast<HostFont*>(hostCreateFont()));
     auto b = makeBitmap(HOST_BITMAP_SYSTEM, 80, 24);
     TextRect r = {10, 2, 40, 20};
     EXPECT_EQ(font->drawText(b.get(), "Hello", -1, &r, 0), 0) << "no font yet: nothing";

@@ -19,6 +19,8 @@ struct MemoryBitmap : MIRQ_IBitmap {
         : logicalWidth(w), logicalHeight(h), scale(scaleValue), span(storedWidth() + extraSpan),
           bottomUp(flippedRows), store(size_t(span) * size_t(storedHeight()), 0u) {}
 
+    virtual ~MemoryBitmap() = default;  // tests derive their own kinds
+
     int storedWidth() const { return scale > 0 ? (logicalWidth * scale) >> 8 : logicalWidth; }
     int storedHeight() const { return scale > 0 ? (logicalHeight * scale) >> 8 : logicalHeight; }
     uint32_t& pixel(int x, int y) {
@@ -27,6 +29,7 @@ struct MemoryBitmap : MIRQ_IBitmap {
     }
     void fill(uint32_t colour) { store.assign(store.size(), colour); }
 
+    void* destroySelf(unsigned flags) override { return mirqDestroySelf(this, flags); }
     uint32_t* pixels() override { return store.data(); }
     int width() override { return logicalWidth; }
     int height() override { return logicalHeight; }
