@@ -52,7 +52,7 @@ __attribute__((noinline, no_sanitize("undefined"))) void callEverySlot(MIRQ_IBit
     flags[1] = b->resize(5, 6);
     *context = b->deviceContext();
     *extended = b->extended(MIRQ_EXT_GET_SCALE, nullptr);
-    mirqDestroy(b);
+    b->destroySelf(MIRQ_DESTROY_FREE);  // what mirqDestroy calls
 }
 
 }  // namespace
