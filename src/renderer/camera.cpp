@@ -320,7 +320,12 @@ void Camera::clipPolygon(int plane) {
 void Camera::drawFace(const Face& face, const Mesh* mesh) {
     const Vertex* vertices = meshVertices(mesh);
     const Vertex* corner[3] = {&vertices[face.a], &vertices[face.b], &vertices[face.c]};
-    Face work = face;
+    // The work copy takes what the filler reads; the rest of a face is not needed to fill it.
+    Face work;
+    work.material = face.material;
+    std::memcpy(work.color, face.color, sizeof work.color);
+    std::memcpy(work.u, face.u, sizeof work.u);
+    std::memcpy(work.v, face.v, sizeof work.v);
     auto project = [&](int c, const Vertex& v) {
         const double iz = 1.0 / v.camZ;
         work.invZ[c] = iz;

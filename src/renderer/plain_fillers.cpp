@@ -9,9 +9,11 @@ inline int channelOf(uint32_t pixel, int shift) {
     return int((pixel >> shift) & 0xFF);
 }
 
-// A smooth run's channel: 8.24 down to 0..256, clamped to a byte.
+// A smooth run's channel: 8.24 down to 0..256, clamped to a byte unless the run is known to
+// stay inside.
+template <bool Clamp>
 inline int smoothChannel(int value) {
-    return clampChannel(value >> SCAN_COLOR_SHIFT);
+    return Clamp ? clampChannel(value >> SCAN_COLOR_SHIFT) : value >> SCAN_COLOR_SHIFT;
 }
 
 // Each mode: source() takes the colour (once for a flat face, at each pixel for a smooth one),
@@ -110,8 +112,8 @@ struct HsvMode {  // hue, saturation and value moved by the colour; the alpha by
     }
 };
 
-template <class Mode, bool Smooth, DepthUse Depth>
-void plainRow(const ScanRun& run, const ScanValues& step, const void* context) {
+template <class Mode, bool Smooth, DepthUse Depth, bool Clamp>
+FILLER_INLINE void plainRun(const ScanRun& run, const ScanValues& step, const void* context) {
     PlainFill f = *static_cast<const PlainFill*>(context);
     uint32_t* pixels = run.pixels;
     float* depth = run.depth;
@@ -127,7 +129,7 @@ void plainRow(const ScanRun& run, const ScanValues& step, const void* context) {
             invZ += step.invZ;
         }
         if (draw) {
-            if constexpr (Smooth) Mode::source(f, smoothChannel(r), smoothChannel(g), smoothChannel(b));
+            if constexpr (Smooth) Mode::source(f, smoothChannel<Clamp>(r), smoothChannel<Clamp>(g), smoothChannel<Clamp>(b));
             pixels[i] = Mode::apply(f, pixels[i]);
         }
         if constexpr (Smooth) {
@@ -136,6 +138,14 @@ void plainRow(const ScanRun& run, const ScanValues& step, const void* context) {
             b = wrapAdd(b, step.color[2]);
         }
     }
+}
+
+template <class Mode, bool Smooth, DepthUse Depth>
+void plainRow(const ScanRun& run, const ScanValues& step, const void* context) {
+    if (Smooth && colourInRange(run, step))
+        plainRun<Mode, Smooth, Depth, false>(run, step, context);
+    else
+        plainRun<Mode, Smooth, Depth, true>(run, step, context);
 }
 
 template <class Mode>

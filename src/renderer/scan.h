@@ -61,6 +61,17 @@ int fixedFromDouble(double v);
 // How a filler uses the depth buffer.
 enum DepthUse { DEPTH_NONE, DEPTH_TEST, DEPTH_TEST_WRITE };
 
+// [any thread] True when every smooth colour channel of the run stays within 0..255 once
+// shifted down (value >> 16): its rows then need no clamping of the colour.
+inline bool colourInRange(const ScanRun& run, const ScanValues& step) {
+    for (int k = 0; k < 3; k++) {
+        const int64_t first = run.start.color[k], last = first + int64_t(run.count - 1) * step.color[k];
+        if (first < 0 || last < 0 || first >= (int64_t(256) << SCAN_COLOR_SHIFT) || last >= (int64_t(256) << SCAN_COLOR_SHIFT))
+            return false;
+    }
+    return true;
+}
+
 // [any thread] a + b with the wrap of 32-bit hardware: the interpolated values of a run may
 // overshoot at degenerate triangles without that being an error.
 inline int wrapAdd(int a, int b) {
