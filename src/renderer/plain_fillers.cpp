@@ -21,7 +21,9 @@ inline int smoothChannel(int value) {
 
 struct CopyMode {  // normal, full opacity: the colour itself
     static void init(PlainFill&) {}
-    static void source(PlainFill& f, int r, int g, int b) { f.pixel = 0xFF000000u | uint32_t(r) << 16 | uint32_t(g) << 8 | uint32_t(b); }
+    static void source(PlainFill& f, int r, int g, int b) {
+        f.pixel = 0xFF000000u | uint32_t(r) << 16 | uint32_t(g) << 8 | uint32_t(b);
+    }
     static uint32_t apply(const PlainFill& f, uint32_t) { return f.pixel; }
 };
 
@@ -32,7 +34,9 @@ struct HalfMode {  // normal, half opacity: (d + s) >> 1 in every byte, alpha ag
         f.halfPixel = (s >> 1) & 0x7F7F7F7Fu;
         f.oddBits = s & 0x01010101u;
     }
-    static uint32_t apply(const PlainFill& f, uint32_t d) { return ((d >> 1) & 0x7F7F7F7Fu) + f.halfPixel + (d & f.oddBits); }
+    static uint32_t apply(const PlainFill& f, uint32_t d) {
+        return ((d >> 1) & 0x7F7F7F7Fu) + f.halfPixel + (d & f.oddBits);
+    }
 };
 
 // Normal mode at an opacity strictly between 0 and 256: s + (d - s) (256 - a) / 256 in every
@@ -63,8 +67,10 @@ struct WideMixMode {
     static void source(PlainFill& f, int r, int g, int b) { f.source[0] = r, f.source[1] = g, f.source[2] = b; }
     static uint32_t apply(const PlainFill& f, uint32_t d) {
         const int keep = 256 - f.opacity;
-        return uint32_t(mix(f.source[2], channelOf(d, 0), keep)) | uint32_t(mix(f.source[1], channelOf(d, 8), keep)) << 8 |
-               uint32_t(mix(f.source[0], channelOf(d, 16), keep)) << 16 | uint32_t(mix(255, channelOf(d, 24), keep)) << 24;
+        return uint32_t(mix(f.source[2], channelOf(d, 0), keep)) |
+               uint32_t(mix(f.source[1], channelOf(d, 8), keep)) << 8 |
+               uint32_t(mix(f.source[0], channelOf(d, 16), keep)) << 16 |
+               uint32_t(mix(255, channelOf(d, 24), keep)) << 24;
     }
 };
 
@@ -108,7 +114,8 @@ struct HsvMode {  // hue, saturation and value moved by the colour; the alpha by
     static uint32_t apply(const PlainFill& f, uint32_t d) {
         int r = channelOf(d, 16), g = channelOf(d, 8), b = channelOf(d, 0);
         hsvAdjust(r, g, b, f.source[0], f.source[1], f.source[2], f.opacity);
-        return (d & 0xFF000000u) | uint32_t(clampChannel(r)) << 16 | uint32_t(clampChannel(g)) << 8 | uint32_t(clampChannel(b));
+        return (d & 0xFF000000u) | uint32_t(clampChannel(r)) << 16 | uint32_t(clampChannel(g)) << 8 |
+               uint32_t(clampChannel(b));
     }
 };
 
@@ -129,7 +136,8 @@ FILLER_INLINE void plainRun(const ScanRun& run, const ScanValues& step, const vo
             invZ += step.invZ;
         }
         if (draw) {
-            if constexpr (Smooth) Mode::source(f, smoothChannel<Clamp>(r), smoothChannel<Clamp>(g), smoothChannel<Clamp>(b));
+            if constexpr (Smooth)
+                Mode::source(f, smoothChannel<Clamp>(r), smoothChannel<Clamp>(g), smoothChannel<Clamp>(b));
             pixels[i] = Mode::apply(f, pixels[i]);
         }
         if constexpr (Smooth) {
@@ -142,10 +150,13 @@ FILLER_INLINE void plainRun(const ScanRun& run, const ScanValues& step, const vo
 
 template <class Mode, bool Smooth, DepthUse Depth>
 void plainRow(const ScanRun& run, const ScanValues& step, const void* context) {
-    if (Smooth && colourInRange(run, step))
-        plainRun<Mode, Smooth, Depth, false>(run, step, context);
-    else
-        plainRun<Mode, Smooth, Depth, true>(run, step, context);
+    if (Smooth) {
+        ScanRun settled = run;
+        ScanValues settledStep = step;
+        if (settleColour(settled, settledStep))
+            return plainRun<Mode, Smooth, Depth, false>(settled, settledStep, context);
+    }
+    plainRun<Mode, Smooth, Depth, true>(run, step, context);
 }
 
 template <class Mode>

@@ -28,8 +28,8 @@ void prepareTextureLayer(TextureLayer* layer, const TextureSlot& slot, int stren
     layer->bilinear = (slot.blendMode & TEXTURE_FILTER_MASK) == TEXTURE_BILINEAR;
     layer->strength = strength;
     layer->mode = slot.blendMode & (TEXTURE_ALPHA_STRENGTH | 0xFF);
-    if (layer->mode == FILL_NORMAL && strength == 256) layer->mode = BLEND_COPY;
-    if (strength == 0) layer->mode = BLEND_KEEP;
+    if (layer->mode == FILL_NORMAL && strength == 256) layer->mode = FILL_COPY;
+    if (strength == 0) layer->mode = FILL_KEEP;
 }
 
 namespace {
@@ -40,7 +40,7 @@ FILLER_INLINE PixelChannels base(int mode, int a, const int c[3], uint32_t pixel
     const PixelChannels d = unpackPixel(pixel);
     const int s[3] = {clampChannel(c[0] >> 16), clampChannel(c[1] >> 16), clampChannel(c[2] >> 16)};
     switch (mode) {
-    case BLEND_COPY:
+    case FILL_COPY:
         return PixelChannels{s[0], s[1], s[2], a};
     case FILL_NORMAL: {
         auto mix = [a](int dc, int colour) {
@@ -75,7 +75,7 @@ FILLER_INLINE PixelChannels base(int mode, int a, const int c[3], uint32_t pixel
         hsvAdjust(out.r, out.g, out.b, s[0], s[1], s[2], a);
         return out;
     }
-    default:  // BLEND_KEEP and modes without a rule: the pixel as it is
+    default:  // FILL_KEEP and modes without a rule: the pixel as it is
         return d;
     }
 }
@@ -192,14 +192,16 @@ FILLER_INLINE void textureRun(const ScanRun& run, const ScanValues& step, const 
                 for (int l = 0; l < Layers; l++) {
                     const TextureLayer& t = f.layer[l];
                     const bool bilinear = Layers == 1 ? Bilinear : t.bilinear;
-                    texels[l] = bilinear ? sampleBilinear(t, walk[l].u, walk[l].v) : sampleNearest(t, walk[l].u, walk[l].v);
+                    texels[l] = bilinear ? sampleBilinear(t, walk[l].u, walk[l].v)
+                                         : sampleNearest(t, walk[l].u, walk[l].v);
                 }
                 if constexpr (Kind == TEXTURE_PIXEL_COLOUR_ADD) {
                     // The base alpha is 256: with anything added it saturates.
                     const uint32_t strength = uint32_t(f.layer[0].strength);
-                    pixels[i] = addLanes(colourLanes<Clamp>(c[2], c[0]), texels[0] & 0x00FF00FFu, strength) |
-                                addLanes(colourLanes<Clamp>(c[1], 255 << 16), (texels[0] >> 8) & 0x00FF00FFu, strength) << 8 |
-                                0xFF000000u;
+                    const uint32_t blueRed = colourLanes<Clamp>(c[2], c[0]);
+                    const uint32_t greenAlpha = colourLanes<Clamp>(c[1], 255 << 16);
+                    pixels[i] = addLanes(blueRed, texels[0] & 0x00FF00FFu, strength) |
+                                addLanes(greenAlpha, (texels[0] >> 8) & 0x00FF00FFu, strength) << 8 | 0xFF000000u;
                 } else if constexpr (Kind == TEXTURE_PIXEL_COLOUR_SUBTRACT) {
                     // The base alpha is 256: less the texture's, then clamped to 255.
                     const uint32_t weight = uint32_t(-f.layer[0].strength);
@@ -209,7 +211,7 @@ FILLER_INLINE void textureRun(const ScanRun& run, const ScanValues& step, const 
                                 uint32_t(alpha > 255 ? 255 : alpha) << 24;
                 } else {
                     PixelChannels out{0, 0, 0, 0};
-                    if (f.layer[0].mode != BLEND_COPY) out = base(f.baseMode, f.opacity, c, pixels[i]);
+                    if (f.layer[0].mode != FILL_COPY) out = base(f.baseMode, f.opacity, c, pixels[i]);
                     for (int l = 0; l < Layers; l++) {
                         const TextureLayer& t = f.layer[l];
                         const PixelChannels s = unpackPixel(texels[l]);
@@ -233,10 +235,13 @@ FILLER_INLINE void textureRun(const ScanRun& run, const ScanValues& step, const 
 
 template <DepthUse Depth, int Layers, bool Bilinear, TexturePixel Kind>
 void textureRow(const ScanRun& run, const ScanValues& step, const void* context) {
-    if (Kind != TEXTURE_PIXEL_GENERAL && colourInRange(run, step))
-        textureRun<Depth, Layers, Bilinear, Kind, false>(run, step, context);
-    else
-        textureRun<Depth, Layers, Bilinear, Kind, true>(run, step, context);
+    if (Kind != TEXTURE_PIXEL_GENERAL) {
+        ScanRun settled = run;
+        ScanValues settledStep = step;
+        if (settleColour(settled, settledStep))
+            return textureRun<Depth, Layers, Bilinear, Kind, false>(settled, settledStep, context);
+    }
+    textureRun<Depth, Layers, Bilinear, Kind, true>(run, step, context);
 }
 
 template <int Layers, bool Bilinear, TexturePixel Kind>
@@ -252,17 +257,18 @@ RowFiller rowFor(DepthUse depth) {
 RowFiller prepareTextureFill(TextureFill* fill, int fillMode, int opacity, uint8_t perspectiveStep, DepthUse depth) {
     fill->opacity = opacity;
     fill->baseMode = fillMode & 0xFF;
-    if (fill->baseMode == FILL_NORMAL && opacity == 256) fill->baseMode = BLEND_COPY;
-    if (opacity == 0) fill->baseMode = BLEND_KEEP;
+    if (fill->baseMode == FILL_NORMAL && opacity == 256) fill->baseMode = FILL_COPY;
+    if (opacity == 0) fill->baseMode = FILL_KEEP;
     const int bits = std::bit_width(unsigned(perspectiveStep));
     fill->blockShift = bits < 6 ? bits : 6;
     if (fill->layerCount == 2) return rowFor<2, false, TEXTURE_PIXEL_GENERAL>(depth);
     const TextureLayer& layer = fill->layer[0];
-    if (fill->baseMode == BLEND_COPY && layer.mode == FILL_ADD && layer.strength >= 0 && layer.strength <= 256)
+    if (fill->baseMode == FILL_COPY && layer.mode == FILL_ADD && layer.strength >= 0 && layer.strength <= 256)
         return layer.bilinear ? rowFor<1, true, TEXTURE_PIXEL_COLOUR_ADD>(depth)
                               : rowFor<1, false, TEXTURE_PIXEL_COLOUR_ADD>(depth);
-    if (fill->baseMode == BLEND_COPY && layer.mode == FILL_ADD && layer.strength < 0 && layer.strength >= -256)
+    if (fill->baseMode == FILL_COPY && layer.mode == FILL_ADD && layer.strength < 0 && layer.strength >= -256)
         return layer.bilinear ? rowFor<1, true, TEXTURE_PIXEL_COLOUR_SUBTRACT>(depth)
                               : rowFor<1, false, TEXTURE_PIXEL_COLOUR_SUBTRACT>(depth);
-    return layer.bilinear ? rowFor<1, true, TEXTURE_PIXEL_GENERAL>(depth) : rowFor<1, false, TEXTURE_PIXEL_GENERAL>(depth);
+    return layer.bilinear ? rowFor<1, true, TEXTURE_PIXEL_GENERAL>(depth)
+                          : rowFor<1, false, TEXTURE_PIXEL_GENERAL>(depth);
 }
