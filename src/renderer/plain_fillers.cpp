@@ -127,14 +127,8 @@ FILLER_INLINE void plainRun(const ScanRun& run, const ScanValues& step, const vo
     double invZ = run.start.invZ;
     int r = run.start.color[0], g = run.start.color[1], b = run.start.color[2];
     for (int i = 0; i < run.count; i++) {
-        bool draw = true;
-        if constexpr (Depth != DEPTH_NONE) {
-            const float z = float(invZ);
-            draw = depth[i] < z;
-            if constexpr (Depth == DEPTH_TEST_WRITE)
-                if (draw) depth[i] = z;
-            invZ += step.invZ;
-        }
+        const bool draw = depthPasses<Depth>(depth, i, invZ);
+        if constexpr (Depth != DEPTH_NONE) invZ += step.invZ;
         if (draw) {
             if constexpr (Smooth)
                 Mode::source(f, smoothChannel<Clamp>(r), smoothChannel<Clamp>(g), smoothChannel<Clamp>(b));

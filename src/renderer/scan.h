@@ -81,6 +81,17 @@ inline bool settleColour(ScanRun& run, ScanValues& step) {
     return inRange;
 }
 
+// [any thread] The depth rule of every filler: a pixel is drawn only where the stored 1/z is
+// below its own (equal depth loses); a filler that writes depth then stores its own.
+template <DepthUse Depth>
+FILLER_INLINE bool depthPasses(float* depth, int i, double invZ) {
+    if constexpr (Depth == DEPTH_NONE) return true;
+    const float z = float(invZ);
+    if (!(depth[i] < z)) return false;
+    if constexpr (Depth == DEPTH_TEST_WRITE) depth[i] = z;
+    return true;
+}
+
 // [any thread] a + b with the wrap of 32-bit hardware: the interpolated values of a run may
 // overshoot at degenerate triangles without that being an error.
 inline int wrapAdd(int a, int b) {

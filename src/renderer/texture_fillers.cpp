@@ -180,14 +180,7 @@ FILLER_INLINE void textureRun(const ScanRun& run, const ScanValues& step, const 
         }
 
         for (int i = x; i < x + length; i++) {
-            bool draw = true;
-            if constexpr (Depth != DEPTH_NONE) {
-                const float z = float(invZ);
-                draw = depth[i] < z;
-                if constexpr (Depth == DEPTH_TEST_WRITE)
-                    if (draw) depth[i] = z;
-            }
-            if (draw) {
+            if (depthPasses<Depth>(depth, i, invZ)) {
                 uint32_t texels[Layers];
                 for (int l = 0; l < Layers; l++) {
                     const TextureLayer& t = f.layer[l];
