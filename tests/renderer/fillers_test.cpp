@@ -177,9 +177,6 @@ TEST(PixelBlendTest, TextureBlendModes) {
     EXPECT_EQ(r, 48);
     EXPECT_EQ(g, 16);
     EXPECT_EQ(b, 25);
-    EXPECT_EQ(RECIPROCALS[0], 0);
-    EXPECT_EQ(RECIPROCALS[1], 65535);
-    EXPECT_EQ(RECIPROCALS[3], 21844);
 }
 
 TEST(TextureFillerTest, BilinearWeightsAndWrapAtTheEdges) {
