@@ -31,6 +31,17 @@ ClipPlane sidePlane(double nx, double ny) {
     return ClipPlane{nx, ny, SIDE_PLANE_Z, SIDE_PLANE_OFFSET};
 }
 
+void copyCorner(CornerSet& to, int at, const CornerSet& from, int index) {
+    to.vertex[at] = from.vertex[index];
+    to.red[at] = from.red[index];
+    to.green[at] = from.green[index];
+    to.blue[at] = from.blue[index];
+    for (int set = 0; set < UV_SETS; set++) {
+        to.u[set][at] = from.u[set][index];
+        to.v[set][at] = from.v[set][index];
+    }
+}
+
 }  // namespace
 
 Camera::Camera() {
@@ -271,22 +282,11 @@ void Camera::clipPolygon(int plane) {
     if (allKept) return;  // the polygon comes out as it went in
 
     int n = 0;
-    auto copyCorner = [&](int from) {
-        out.vertex[n] = in.vertex[from];
-        out.red[n] = in.red[from];
-        out.green[n] = in.green[from];
-        out.blue[n] = in.blue[from];
-        for (int set = 0; set < UV_SETS; set++) {
-            out.u[set][n] = in.u[set][from];
-            out.v[set][n] = in.v[set][from];
-        }
-        n++;
-    };
     auto between = [](double a, double b, double t) { return a + (b - a) * t; };
     for (int i = 0; i < in.count && n < CLIP_CORNERS; i++) {
         int j = i + 1 == in.count ? 0 : i + 1;
         bool keepI = p.d <= side[i], keepJ = p.d <= side[j];
-        if (keepI) copyCorner(i);
+        if (keepI) copyCorner(out, n++, in, i);
         if (keepI == keepJ || n == CLIP_CORNERS) continue;
         double t = (p.d - side[i]) / (side[j] - side[i]);
         const Vertex &a = in.vertex[i], &b = in.vertex[j];
@@ -305,22 +305,18 @@ void Camera::clipPolygon(int plane) {
     }
 
     in.count = n;
-    for (int i = 0; i < n; i++) {
-        in.vertex[i] = out.vertex[i];
-        in.red[i] = out.red[i];
-        in.green[i] = out.green[i];
-        in.blue[i] = out.blue[i];
-        for (int set = 0; set < UV_SETS; set++) {
-            in.u[set][i] = out.u[set][i];
-            in.v[set][i] = out.v[set][i];
-        }
-    }
+    for (int i = 0; i < n; i++) copyCorner(in, i, out, i);
 }
 
 void Camera::drawFace(const Face& face, const Mesh* mesh) {
     const Vertex* vertices = meshVertices(mesh);
     const Vertex* corner[3] = {&vertices[face.a], &vertices[face.b], &vertices[face.c]};
-    Face work = face;
+    // The work copy takes what the filler reads; the rest of a face is not needed to fill it.
+    Face work;
+    work.material = face.material;
+    std::memcpy(work.color, face.color, sizeof work.color);
+    std::memcpy(work.u, face.u, sizeof work.u);
+    std::memcpy(work.v, face.v, sizeof work.v);
     auto project = [&](int c, const Vertex& v) {
         const double iz = 1.0 / v.camZ;
         work.invZ[c] = iz;

@@ -99,8 +99,9 @@ struct Camera {
     int clipFace(const Face& face, const Mesh* mesh);
     void clipPolygon(int plane);
     void drawFace(const Face& face, const Mesh* mesh);
-    // Writes the pixels of one screen-space triangle: the face's screenX, screenY, invZ, color
-    // and texture coordinates of corners 0 to 2 are filled. Does nothing outside a frame.
+    // Writes the pixels of one screen-space triangle. It reads the face's material and, of
+    // corners 0 to 2, screenX, screenY, invZ, color and the texture coordinates; nothing else.
+    // Does nothing outside a frame.
     void fillTriangle(const Face& face);
 };
 

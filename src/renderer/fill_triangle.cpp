@@ -87,7 +87,8 @@ void Camera::fillTriangle(const Face& face) {
         return;
     }
 
-    const int flat[3] = {flatChannelOf(face.color[0][0]), flatChannelOf(face.color[0][1]), flatChannelOf(face.color[0][2])};
+    const int flat[3] = {flatChannelOf(face.color[0][0]), flatChannelOf(face.color[0][1]),
+                         flatChannelOf(face.color[0][2])};
     PlainFill fill;
     RowFiller row = preparePlainFill(&fill, m.fillMode & 0xFF, opacity, m.smooth != 0, flat, depth);
     if (row) scanTriangle(corners, st, row, &fill);

@@ -29,13 +29,14 @@ inline uint32_t packPixel(int r, int g, int b, int a) {
 }
 
 // [any thread] Shifts the hue, saturation and value of the pixel (r, g, b) by the source (sr,
-// sg, sb) at strength a (0..256): 128 in saturation and value and 128 in hue (+ half) change
-// nothing. Channels outside 0..255 count as clamped.
+// sg, sb) at strength a (0..256); a source of 128 in every channel leaves them where they were.
+// Pixel channels outside 0..255 count as clamped.
 void hsvAdjust(int& r, int& g, int& b, int sr, int sg, int sb, int a);
 
-// Texture blend modes are FILL_ 0..5, alone or with TEXTURE_ALPHA_STRENGTH. The fillers' own modes: keep the destination (-2); -1 and every unknown mode copy the source.
-constexpr int BLEND_KEEP = -2;
-constexpr int BLEND_COPY = -1;
+// Texture blend modes are FILL_ 0..5, alone or with TEXTURE_ALPHA_STRENGTH. The fillers' own
+// modes: keep the destination, or copy the source (as every unknown mode does).
+constexpr int FILL_KEEP = -2;
+constexpr int FILL_COPY = -1;
 
 // Channel values stay far inside int even when blend stages stack up without clamping.
 constexpr int64_t BLEND_CHANNEL_LIMIT = int64_t(1) << 30;
@@ -97,7 +98,7 @@ FILLER_INLINE void blendPixel(int mode, int r, int g, int b, int a, int& dr, int
             mode &= 0xFF;
             break;
         default:
-            mode = BLEND_COPY;
+            mode = FILL_COPY;
             break;
         }
     }
@@ -115,7 +116,7 @@ FILLER_INLINE void blendPixel(int mode, int r, int g, int b, int a, int& dr, int
     case FILL_HSV:
         hsvAdjust(dr, dg, db, r, g, b, alpha);
         return;
-    case BLEND_KEEP:
+    case FILL_KEEP:
         return;
     default:
         dr = r, dg = g, db = b, da = a;

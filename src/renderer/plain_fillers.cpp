@@ -9,9 +9,11 @@ inline int channelOf(uint32_t pixel, int shift) {
     return int((pixel >> shift) & 0xFF);
 }
 
-// A smooth run's channel: 8.24 down to 0..256, clamped to a byte.
+// A smooth run's channel: 8.24 down to 0..256, clamped to a byte unless the run is known to
+// stay inside.
+template <bool Clamp>
 inline int smoothChannel(int value) {
-    return clampChannel(value >> SCAN_COLOR_SHIFT);
+    return Clamp ? clampChannel(value >> SCAN_COLOR_SHIFT) : value >> SCAN_COLOR_SHIFT;
 }
 
 // Each mode: source() takes the colour (once for a flat face, at each pixel for a smooth one),
@@ -19,7 +21,9 @@ inline int smoothChannel(int value) {
 
 struct CopyMode {  // normal, full opacity: the colour itself
     static void init(PlainFill&) {}
-    static void source(PlainFill& f, int r, int g, int b) { f.pixel = 0xFF000000u | uint32_t(r) << 16 | uint32_t(g) << 8 | uint32_t(b); }
+    static void source(PlainFill& f, int r, int g, int b) {
+        f.pixel = 0xFF000000u | uint32_t(r) << 16 | uint32_t(g) << 8 | uint32_t(b);
+    }
     static uint32_t apply(const PlainFill& f, uint32_t) { return f.pixel; }
 };
 
@@ -30,7 +34,9 @@ struct HalfMode {  // normal, half opacity: (d + s) >> 1 in every byte, alpha ag
         f.halfPixel = (s >> 1) & 0x7F7F7F7Fu;
         f.oddBits = s & 0x01010101u;
     }
-    static uint32_t apply(const PlainFill& f, uint32_t d) { return ((d >> 1) & 0x7F7F7F7Fu) + f.halfPixel + (d & f.oddBits); }
+    static uint32_t apply(const PlainFill& f, uint32_t d) {
+        return ((d >> 1) & 0x7F7F7F7Fu) + f.halfPixel + (d & f.oddBits);
+    }
 };
 
 // Normal mode at an opacity strictly between 0 and 256: s + (d - s) (256 - a) / 256 in every
@@ -61,8 +67,10 @@ struct WideMixMode {
     static void source(PlainFill& f, int r, int g, int b) { f.source[0] = r, f.source[1] = g, f.source[2] = b; }
     static uint32_t apply(const PlainFill& f, uint32_t d) {
         const int keep = 256 - f.opacity;
-        return uint32_t(mix(f.source[2], channelOf(d, 0), keep)) | uint32_t(mix(f.source[1], channelOf(d, 8), keep)) << 8 |
-               uint32_t(mix(f.source[0], channelOf(d, 16), keep)) << 16 | uint32_t(mix(255, channelOf(d, 24), keep)) << 24;
+        return uint32_t(mix(f.source[2], channelOf(d, 0), keep)) |
+               uint32_t(mix(f.source[1], channelOf(d, 8), keep)) << 8 |
+               uint32_t(mix(f.source[0], channelOf(d, 16), keep)) << 16 |
+               uint32_t(mix(255, channelOf(d, 24), keep)) << 24;
     }
 };
 
@@ -106,28 +114,24 @@ struct HsvMode {  // hue, saturation and value moved by the colour; the alpha by
     static uint32_t apply(const PlainFill& f, uint32_t d) {
         int r = channelOf(d, 16), g = channelOf(d, 8), b = channelOf(d, 0);
         hsvAdjust(r, g, b, f.source[0], f.source[1], f.source[2], f.opacity);
-        return (d & 0xFF000000u) | uint32_t(clampChannel(r)) << 16 | uint32_t(clampChannel(g)) << 8 | uint32_t(clampChannel(b));
+        return (d & 0xFF000000u) | uint32_t(clampChannel(r)) << 16 | uint32_t(clampChannel(g)) << 8 |
+               uint32_t(clampChannel(b));
     }
 };
 
-template <class Mode, bool Smooth, DepthUse Depth>
-void plainRow(const ScanRun& run, const ScanValues& step, const void* context) {
+template <class Mode, bool Smooth, DepthUse Depth, bool Clamp>
+FILLER_INLINE void plainRun(const ScanRun& run, const ScanValues& step, const void* context) {
     PlainFill f = *static_cast<const PlainFill*>(context);
     uint32_t* pixels = run.pixels;
     float* depth = run.depth;
     double invZ = run.start.invZ;
     int r = run.start.color[0], g = run.start.color[1], b = run.start.color[2];
     for (int i = 0; i < run.count; i++) {
-        bool draw = true;
-        if constexpr (Depth != DEPTH_NONE) {
-            const float z = float(invZ);
-            draw = depth[i] < z;
-            if constexpr (Depth == DEPTH_TEST_WRITE)
-                if (draw) depth[i] = z;
-            invZ += step.invZ;
-        }
+        const bool draw = depthPasses<Depth>(depth, i, invZ);
+        if constexpr (Depth != DEPTH_NONE) invZ += step.invZ;
         if (draw) {
-            if constexpr (Smooth) Mode::source(f, smoothChannel(r), smoothChannel(g), smoothChannel(b));
+            if constexpr (Smooth)
+                Mode::source(f, smoothChannel<Clamp>(r), smoothChannel<Clamp>(g), smoothChannel<Clamp>(b));
             pixels[i] = Mode::apply(f, pixels[i]);
         }
         if constexpr (Smooth) {
@@ -136,6 +140,17 @@ void plainRow(const ScanRun& run, const ScanValues& step, const void* context) {
             b = wrapAdd(b, step.color[2]);
         }
     }
+}
+
+template <class Mode, bool Smooth, DepthUse Depth>
+void plainRow(const ScanRun& run, const ScanValues& step, const void* context) {
+    if (Smooth) {
+        ScanRun settled = run;
+        ScanValues settledStep = step;
+        if (settleColour(settled, settledStep))
+            return plainRun<Mode, Smooth, Depth, false>(settled, settledStep, context);
+    }
+    plainRun<Mode, Smooth, Depth, true>(run, step, context);
 }
 
 template <class Mode>

@@ -97,9 +97,11 @@ void scanTriangle(const ScanCorner corners[3], const ScanTarget& target, RowFill
     const int64_t width = (leftXSlope - rightXSlope) * middleRows;
     if (width != 0) {
         const double k = SCAN_X_ONE / double(width);
-        for (int c = 0; c < 3; c++) step.color[c] = fixedFromDouble(double((leftSlope.color[c] - rightSlope.color[c]) * middleRows) * k);
+        for (int c = 0; c < 3; c++)
+            step.color[c] = fixedFromDouble(double((leftSlope.color[c] - rightSlope.color[c]) * middleRows) * k);
         step.invZ = (leftSlope.invZ - rightSlope.invZ) * double(middleRows) * k;
-        for (int t = 0; t < SCAN_TEX_VALUES; t++) step.tex[t] = (leftSlope.tex[t] - rightSlope.tex[t]) * double(middleRows) * k;
+        for (int t = 0; t < SCAN_TEX_VALUES; t++)
+            step.tex[t] = (leftSlope.tex[t] - rightSlope.tex[t]) * double(middleRows) * k;
     } else if (rightX != leftX) {
         const double k = SCAN_X_ONE / double(rightX - leftX);
         for (int c = 0; c < 3; c++) step.color[c] = fixedFromDouble(double(rightStart.color[c] - left.color[c]) * k);
@@ -112,7 +114,8 @@ void scanTriangle(const ScanCorner corners[3], const ScanTarget& target, RowFill
         if (y == M.y && B.y != M.y) {
             const int64_t dy = int64_t(B.y) - M.y;
             const double perRow = 1.0 / double(dy);
-            for (int c = 0; c < 3; c++) leftSlope.color[c] = int64_t(fixedFromDouble(double(bottom.color[c] - left.color[c]) * perRow));
+            for (int c = 0; c < 3; c++)
+                leftSlope.color[c] = fixedFromDouble(double(bottom.color[c] - left.color[c]) * perRow);
             leftSlope.invZ = (bottom.invZ - left.invZ) / double(dy);
             for (int t = 0; t < SCAN_TEX_VALUES; t++) leftSlope.tex[t] = (bottom.tex[t] - left.tex[t]) / double(dy);
             if (flags & EDGE_LEFT_BENDS) {

@@ -61,6 +61,37 @@ int fixedFromDouble(double v);
 // How a filler uses the depth buffer.
 enum DepthUse { DEPTH_NONE, DEPTH_TEST, DEPTH_TEST_WRITE };
 
+// [any thread] Readies a run's smooth colour for rows that do not clamp it: a channel that
+// stays at or above 255 (or below 0) from end to end becomes that constant, which clamping
+// would have made of it. True when every channel then stays within 0..255 once shifted down
+// (value >> 16); false, with nothing changed that matters, when some channel crosses an end.
+inline bool settleColour(ScanRun& run, ScanValues& step) {
+    constexpr int64_t TOP = int64_t(255) << SCAN_COLOR_SHIFT, END = int64_t(256) << SCAN_COLOR_SHIFT;
+    bool inRange = true;
+    for (int k = 0; k < 3; k++) {
+        const int64_t first = run.start.color[k], last = first + int64_t(run.count - 1) * step.color[k];
+        if (first >= TOP && last >= TOP) {
+            run.start.color[k] = int(TOP), step.color[k] = 0;
+        } else if (first < 0 && last < 0) {
+            run.start.color[k] = 0, step.color[k] = 0;
+        } else {
+            inRange = inRange && first >= 0 && last >= 0 && first < END && last < END;
+        }
+    }
+    return inRange;
+}
+
+// [any thread] The depth rule of every filler: a pixel is drawn only where the stored 1/z is
+// below its own (equal depth loses); a filler that writes depth then stores its own.
+template <DepthUse Depth>
+FILLER_INLINE bool depthPasses(float* depth, int i, double invZ) {
+    if constexpr (Depth == DEPTH_NONE) return true;
+    const float z = float(invZ);
+    if (!(depth[i] < z)) return false;
+    if constexpr (Depth == DEPTH_TEST_WRITE) depth[i] = z;
+    return true;
+}
+
 // [any thread] a + b with the wrap of 32-bit hardware: the interpolated values of a run may
 // overshoot at degenerate triangles without that being an error.
 inline int wrapAdd(int a, int b) {

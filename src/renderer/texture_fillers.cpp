@@ -28,14 +28,11 @@ void prepareTextureLayer(TextureLayer* layer, const TextureSlot& slot, int stren
     layer->bilinear = (slot.blendMode & TEXTURE_FILTER_MASK) == TEXTURE_BILINEAR;
     layer->strength = strength;
     layer->mode = slot.blendMode & (TEXTURE_ALPHA_STRENGTH | 0xFF);
-    if (layer->mode == FILL_NORMAL && strength == 256) layer->mode = BLEND_COPY;
-    if (strength == 0) layer->mode = BLEND_KEEP;
+    if (layer->mode == FILL_NORMAL && strength == 256) layer->mode = FILL_COPY;
+    if (strength == 0) layer->mode = FILL_KEEP;
 }
 
 namespace {
-
-// The longest block: perspectiveStep has at most 6 significant bits that count.
-constexpr int BLOCK_MAX = 64;
 
 // The base that the first texture is blended onto: the face's colour c (8.24) combined with the
 // pixel d by the fill mode at opacity a. Unclamped.
@@ -43,7 +40,7 @@ FILLER_INLINE PixelChannels base(int mode, int a, const int c[3], uint32_t pixel
     const PixelChannels d = unpackPixel(pixel);
     const int s[3] = {clampChannel(c[0] >> 16), clampChannel(c[1] >> 16), clampChannel(c[2] >> 16)};
     switch (mode) {
-    case BLEND_COPY:
+    case FILL_COPY:
         return PixelChannels{s[0], s[1], s[2], a};
     case FILL_NORMAL: {
         auto mix = [a](int dc, int colour) {
@@ -78,7 +75,7 @@ FILLER_INLINE PixelChannels base(int mode, int a, const int c[3], uint32_t pixel
         hsvAdjust(out.r, out.g, out.b, s[0], s[1], s[2], a);
         return out;
     }
-    default:  // BLEND_KEEP and modes without a rule: the pixel as it is
+    default:  // FILL_KEEP and modes without a rule: the pixel as it is
         return d;
     }
 }
@@ -119,9 +116,14 @@ FILLER_INLINE void advance(int& position, int step, int range) {
 // one texture added at a strength within 256 either way, have ways of their own.
 enum TexturePixel { TEXTURE_PIXEL_GENERAL, TEXTURE_PIXEL_COLOUR_ADD, TEXTURE_PIXEL_COLOUR_SUBTRACT };
 
-// The colour channels of a run as a pixel: blue and red, green and alpha 16 bits apart.
+// The colour channels of a run as a pixel: blue and red, green and alpha 16 bits apart;
+// clamped unless the run is known to stay inside 0..255.
+template <bool Clamp>
 FILLER_INLINE uint32_t colourLanes(int first, int second) {
-    return uint32_t(clampChannel(first >> 16)) | uint32_t(clampChannel(second >> 16)) << 16;
+    if constexpr (Clamp)
+        return uint32_t(clampChannel(first >> 16)) | uint32_t(clampChannel(second >> 16)) << 16;
+    else
+        return uint32_t(first >> 16) | uint32_t(second >> 16) << 16;
 }
 
 // The colour plus the texel at strength 0..256: t * strength >> 8 in each lane stays below 256,
@@ -139,8 +141,8 @@ FILLER_INLINE uint32_t subtractLanes(uint32_t colour, uint32_t texel, uint32_t w
     return lifted & (((lifted >> 8) & 0x00010001u) * 0xFF);
 }
 
-template <DepthUse Depth, int Layers, bool Bilinear, TexturePixel Kind>
-void textureRow(const ScanRun& run, const ScanValues& step, const void* context) {
+template <DepthUse Depth, int Layers, bool Bilinear, TexturePixel Kind, bool Clamp>
+FILLER_INLINE void textureRun(const ScanRun& run, const ScanValues& step, const void* context) {
     // A local copy: the pixel stores cannot then alias the fill's fields.
     const TextureFill f = *static_cast<const TextureFill*>(context);
     const int blockShift = f.blockShift, block = 1 << blockShift;
@@ -177,54 +179,44 @@ void textureRow(const ScanRun& run, const ScanValues& step, const void* context)
             start[2 * l + 1] = end[1];
         }
 
-        // The block's texels first, then its pixels: each loop keeps its own values in registers.
-        uint32_t texels[Layers][BLOCK_MAX];
-        for (int l = 0; l < Layers; l++) {
-            const TextureLayer& t = f.layer[l];
-            int u = walk[l].u, v = walk[l].v;
-            for (int i = 0; i < length; i++) {
-                const bool bilinear = Layers == 1 ? Bilinear : t.bilinear;
-                texels[l][i] = bilinear ? sampleBilinear(t, u, v) : sampleNearest(t, u, v);
-                advance(u, walk[l].du, t.wrapU);
-                advance(v, walk[l].dv, t.wrapV);
-            }
-        }
-
-        for (int k = 0; k < length; k++) {
-            const int i = x + k;
-            bool draw = true;
-            if constexpr (Depth != DEPTH_NONE) {
-                const float z = float(invZ);
-                draw = depth[i] < z;
-                if constexpr (Depth == DEPTH_TEST_WRITE)
-                    if (draw) depth[i] = z;
-            }
-            if (draw) {
-                const uint32_t texel = texels[0][k];
+        for (int i = x; i < x + length; i++) {
+            if (depthPasses<Depth>(depth, i, invZ)) {
+                uint32_t texels[Layers];
+                for (int l = 0; l < Layers; l++) {
+                    const TextureLayer& t = f.layer[l];
+                    const bool bilinear = Layers == 1 ? Bilinear : t.bilinear;
+                    texels[l] = bilinear ? sampleBilinear(t, walk[l].u, walk[l].v)
+                                         : sampleNearest(t, walk[l].u, walk[l].v);
+                }
                 if constexpr (Kind == TEXTURE_PIXEL_COLOUR_ADD) {
                     // The base alpha is 256: with anything added it saturates.
                     const uint32_t strength = uint32_t(f.layer[0].strength);
-                    pixels[i] = addLanes(colourLanes(c[2], c[0]), texel & 0x00FF00FFu, strength) |
-                                addLanes(colourLanes(c[1], 255 << 16), (texel >> 8) & 0x00FF00FFu, strength) << 8 |
-                                0xFF000000u;
+                    const uint32_t blueRed = colourLanes<Clamp>(c[2], c[0]);
+                    const uint32_t greenAlpha = colourLanes<Clamp>(c[1], 255 << 16);
+                    pixels[i] = addLanes(blueRed, texels[0] & 0x00FF00FFu, strength) |
+                                addLanes(greenAlpha, (texels[0] >> 8) & 0x00FF00FFu, strength) << 8 | 0xFF000000u;
                 } else if constexpr (Kind == TEXTURE_PIXEL_COLOUR_SUBTRACT) {
                     // The base alpha is 256: less the texture's, then clamped to 255.
                     const uint32_t weight = uint32_t(-f.layer[0].strength);
-                    const int alpha = 256 - int(((texel >> 24) * weight + 0xFF) >> 8);
-                    pixels[i] = subtractLanes(colourLanes(c[2], c[0]), texel & 0x00FF00FFu, weight) |
-                                (subtractLanes(colourLanes(c[1], 0), (texel >> 8) & 0xFFu, weight) << 8) |
+                    const int alpha = 256 - int(((texels[0] >> 24) * weight + 0xFF) >> 8);
+                    pixels[i] = subtractLanes(colourLanes<Clamp>(c[2], c[0]), texels[0] & 0x00FF00FFu, weight) |
+                                (subtractLanes(colourLanes<Clamp>(c[1], 0), (texels[0] >> 8) & 0xFFu, weight) << 8) |
                                 uint32_t(alpha > 255 ? 255 : alpha) << 24;
                 } else {
                     PixelChannels out{0, 0, 0, 0};
-                    if (f.layer[0].mode != BLEND_COPY) out = base(f.baseMode, f.opacity, c, pixels[i]);
+                    if (f.layer[0].mode != FILL_COPY) out = base(f.baseMode, f.opacity, c, pixels[i]);
                     for (int l = 0; l < Layers; l++) {
                         const TextureLayer& t = f.layer[l];
-                        const PixelChannels s = unpackPixel(Layers == 1 ? texel : texels[l][k]);
+                        const PixelChannels s = unpackPixel(texels[l]);
                         blendPixel(t.mode, s.r, s.g, s.b, s.a, out.r, out.g, out.b, out.a, t.strength,
                                    256 - t.strength);
                     }
                     pixels[i] = packPixel(out.r, out.g, out.b, out.a);
                 }
+            }
+            for (int l = 0; l < Layers; l++) {
+                advance(walk[l].u, walk[l].du, f.layer[l].wrapU);
+                advance(walk[l].v, walk[l].dv, f.layer[l].wrapV);
             }
             c[0] = wrapAdd(c[0], step.color[0]);
             c[1] = wrapAdd(c[1], step.color[1]);
@@ -232,6 +224,17 @@ void textureRow(const ScanRun& run, const ScanValues& step, const void* context)
             invZ += step.invZ;
         }
     }
+}
+
+template <DepthUse Depth, int Layers, bool Bilinear, TexturePixel Kind>
+void textureRow(const ScanRun& run, const ScanValues& step, const void* context) {
+    if (Kind != TEXTURE_PIXEL_GENERAL) {
+        ScanRun settled = run;
+        ScanValues settledStep = step;
+        if (settleColour(settled, settledStep))
+            return textureRun<Depth, Layers, Bilinear, Kind, false>(settled, settledStep, context);
+    }
+    textureRun<Depth, Layers, Bilinear, Kind, true>(run, step, context);
 }
 
 template <int Layers, bool Bilinear, TexturePixel Kind>
@@ -247,17 +250,18 @@ RowFiller rowFor(DepthUse depth) {
 RowFiller prepareTextureFill(TextureFill* fill, int fillMode, int opacity, uint8_t perspectiveStep, DepthUse depth) {
     fill->opacity = opacity;
     fill->baseMode = fillMode & 0xFF;
-    if (fill->baseMode == FILL_NORMAL && opacity == 256) fill->baseMode = BLEND_COPY;
-    if (opacity == 0) fill->baseMode = BLEND_KEEP;
+    if (fill->baseMode == FILL_NORMAL && opacity == 256) fill->baseMode = FILL_COPY;
+    if (opacity == 0) fill->baseMode = FILL_KEEP;
     const int bits = std::bit_width(unsigned(perspectiveStep));
     fill->blockShift = bits < 6 ? bits : 6;
     if (fill->layerCount == 2) return rowFor<2, false, TEXTURE_PIXEL_GENERAL>(depth);
     const TextureLayer& layer = fill->layer[0];
-    if (fill->baseMode == BLEND_COPY && layer.mode == FILL_ADD && layer.strength >= 0 && layer.strength <= 256)
+    if (fill->baseMode == FILL_COPY && layer.mode == FILL_ADD && layer.strength >= 0 && layer.strength <= 256)
         return layer.bilinear ? rowFor<1, true, TEXTURE_PIXEL_COLOUR_ADD>(depth)
                               : rowFor<1, false, TEXTURE_PIXEL_COLOUR_ADD>(depth);
-    if (fill->baseMode == BLEND_COPY && layer.mode == FILL_ADD && layer.strength < 0 && layer.strength >= -256)
+    if (fill->baseMode == FILL_COPY && layer.mode == FILL_ADD && layer.strength < 0 && layer.strength >= -256)
         return layer.bilinear ? rowFor<1, true, TEXTURE_PIXEL_COLOUR_SUBTRACT>(depth)
                               : rowFor<1, false, TEXTURE_PIXEL_COLOUR_SUBTRACT>(depth);
-    return layer.bilinear ? rowFor<1, true, TEXTURE_PIXEL_GENERAL>(depth) : rowFor<1, false, TEXTURE_PIXEL_GENERAL>(depth);
+    return layer.bilinear ? rowFor<1, true, TEXTURE_PIXEL_GENERAL>(depth)
+                          : rowFor<1, false, TEXTURE_PIXEL_GENERAL>(depth);
 }

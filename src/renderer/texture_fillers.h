@@ -18,13 +18,13 @@ struct TextureLayer {
     ptrdiff_t stride;      // pixels from one row to the next, negative when flipped
     int width, height;
     int wrapU, wrapV;  // width << 16, height << 16
-    int mode;          // the blend mode; BLEND_COPY at full strength, BLEND_KEEP at none
+    int mode;          // the blend mode; FILL_COPY at full strength, FILL_KEEP at none
     int strength;      // 256 = full
     bool bilinear;
 };
 
 struct TextureFill {
-    int baseMode;  // FILL_ mode of the colour onto the pixel; BLEND_COPY at full opacity, BLEND_KEEP at none
+    int baseMode;  // FILL_ mode of the colour onto the pixel; FILL_COPY at full opacity, FILL_KEEP at none
     int opacity;   // 256 = full
     int blockShift;  // perspective division every 2^blockShift pixels
     int layerCount;  // 1 or 2

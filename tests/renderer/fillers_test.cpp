@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "renderer/pixel_blend.h"
@@ -100,6 +101,23 @@ TEST(PlainFillerTest, SmoothColourIsInterpolatedAcrossRows) {
         int blue = int(stage.bitmap.pixel(y, 0) & 0xFF);
         EXPECT_NEAR(blue, 96 + 8 * y, 2) << "column " << y;
     }
+
+    // Steeper ramps leave 0..1 inside the view and are clamped there; green stays above 1.
+    for (int i = 0; i < 2; i++)
+        for (int c = 0; c < 3; c++) {
+            f[i].cornerBase[c][2] = f[i].u[0][c] * 8.0 - 3.25;  // x / 4 - 1 / 4 across the view
+            f[i].cornerBase[c][1] = 2.0;
+        }
+    stage.render({stage.quad});
+    for (int x = 0; x < 8; x++) {
+        const uint32_t p = stage.bitmap.pixel(x, 3);
+        // A pixel takes the value of a point up to half a pixel from its edge.
+        const int expected = std::clamp(int(256 * (0.25 * x - 0.25)), 0, 255);
+        EXPECT_NEAR(int(p & 0xFF), expected, 33) << "column " << x;
+        EXPECT_EQ((p >> 8) & 0xFF, 255u);
+    }
+    EXPECT_EQ(stage.bitmap.pixel(0, 3) & 0xFF, 0u);
+    EXPECT_EQ(stage.bitmap.pixel(7, 3) & 0xFF, 255u);
 }
 
 TEST(PlainFillerTest, DepthTestRejectsEqualDepthAndBlendedFacesDoNotWrite) {
@@ -146,7 +164,7 @@ TEST(PixelBlendTest, TextureBlendModes) {
     EXPECT_EQ(blend(TEXTURE_ALPHA_STRENGTH | FILL_NORMAL, 200, 127, 100, 256), 150);
     EXPECT_EQ(blend(TEXTURE_ALPHA_STRENGTH | FILL_ADD, 200, 255, 100, 256), 300) << "unclamped";
     EXPECT_EQ(blend(TEXTURE_ALPHA_STRENGTH | FILL_MULTIPLY, 128, 127, 100, 256), 75);
-    EXPECT_EQ(blend(BLEND_KEEP, 7, 7, 100, 256), 100);
+    EXPECT_EQ(blend(FILL_KEEP, 7, 7, 100, 256), 100);
     EXPECT_EQ(blend(7, 33, 33, 100, 256), 33) << "an unknown mode copies";
 
     int r = 255, g = 0, b = 0;
@@ -159,9 +177,6 @@ TEST(PixelBlendTest, TextureBlendModes) {
     EXPECT_EQ(r, 48);
     EXPECT_EQ(g, 16);
     EXPECT_EQ(b, 25);
-    EXPECT_EQ(RECIPROCALS[0], 0);
-    EXPECT_EQ(RECIPROCALS[1], 65535);
-    EXPECT_EQ(RECIPROCALS[3], 21844);
 }
 
 TEST(TextureFillerTest, BilinearWeightsAndWrapAtTheEdges) {
@@ -325,5 +340,6 @@ TEST(TextureFillerTest, TwoTexturesBlendInTurn) {
     EXPECT_EQ(stage.paintOver(BACKGROUND), packPixel(0x60 + 0x20, 0x40 + 0x40, 0x20 + 0x60, 0x80 + 0x7F));
     m.texture[1].blendMode = FILL_MULTIPLY;
     m.texture[1].alpha = 1.0;
-    EXPECT_EQ(stage.paintOver(BACKGROUND), packPixel(0x60 * 0x40 / 256, 0x40 * 0x80 / 256, 0x20 * 0xC0 / 256, 0x80 * 0xFF / 256));
+    EXPECT_EQ(stage.paintOver(BACKGROUND),
+              packPixel(0x60 * 0x40 / 256, 0x40 * 0x80 / 256, 0x20 * 0xC0 / 256, 0x80 * 0xFF / 256));
 }

@@ -36,24 +36,6 @@ struct FaceStage {
 
 }  // namespace
 
-TEST(MaterialTest, NewMaterialDefaults) {
-    Material m;
-    materialInit(&m);
-    EXPECT_EQ(m.smooth, 1);
-    EXPECT_EQ(m.lit, 1);
-    EXPECT_EQ(m.blendType, BLEND_OPAQUE);
-    EXPECT_EQ(m.perspectiveStep, 16);
-    EXPECT_EQ(m.cullBack, 1);
-    EXPECT_EQ(m.diffuse[2], 1.0);
-    EXPECT_EQ(m.emissive[0], 0.0);
-    EXPECT_EQ(m.opacity, 1.0);
-    EXPECT_EQ(m.texture[0].uvSet, 0);
-    EXPECT_EQ(m.texture[1].uvSet, -1);
-    EXPECT_EQ(m.texture[1].blendMode, FILL_ADD);
-    EXPECT_EQ(m.texture[0].vScale, 1.0);
-    EXPECT_EQ(m.texture[0].bitmap, nullptr);
-}
-
 TEST(MaterialTest, LightTypesAndFalloff) {
     Light light = {};
     light.set(LIGHT_FALLOFF | LIGHT_ANGLE, 0.0, 0.0, 0.0, 1.0, 0.5, 0.25, 2.0);
