@@ -255,79 +255,80 @@ void moveGroup(SurroundPanner* p, int mode, double delta) {
     finishEdit(p, true);
 }
 
-void centerGroup(SurroundPanner* p, int mode) {
+// The "Reset" rule of an edit row for one input; t is the row's speaker, null for none.
+static void centerOne(PanInput& in, int mode, const PanSpeaker* t) {
+    Polar w = polarFromXY(in.workX, in.workY, in.workZ);
+    Point3 q;
+    switch (mode) {
+        case EDIT_LEFT_RIGHT:
+        case EDIT_REAR_FRONT:
+        case EDIT_LOW_HIGH: *workAxis(in, mode) = 0.0; break;
+        case EDIT_DIAGONAL:
+        case EDIT_ANTIDIAGONAL:
+            in.workX = in.workY = (in.workX + in.workY) * 0.5 * (mode == EDIT_DIAGONAL ? 1.0 : -1.0);
+            break;
+        case EDIT_WIDTH:
+        case EDIT_ROTATION:
+            q = mode == EDIT_WIDTH ? xyFromPolar(0.5, w.angle, w.z) : xyFromPolar(w.radius, 0.0, w.z);
+            in.workX = q.x;
+            in.workY = q.y;
+            break;
+        default:
+            if (!t) break;
+            in.workX = t->posX;
+            in.workY = t->posY;
+            in.workZ = t->posZ;
+    }
+}
+
+// The "Reflect" rule of an edit row for one input; t is the row's speaker, null for none.
+static void flipOne(PanInput& in, int mode, const PanSpeaker* t) {
+    Polar w = polarFromXY(in.workX, in.workY, in.workZ);
+    double x = in.workX, y = in.workY;
+    Point3 q;
+    switch (mode) {
+        case EDIT_LEFT_RIGHT:
+        case EDIT_REAR_FRONT:
+        case EDIT_LOW_HIGH: *workAxis(in, mode) = -*workAxis(in, mode); break;
+        case EDIT_DIAGONAL:
+            in.workX = y;
+            in.workY = x;
+            break;
+        case EDIT_ANTIDIAGONAL:
+            in.workX = -y;
+            in.workY = -x;
+            break;
+        case EDIT_WIDTH:
+            q = xyFromPolar(1.0 - w.radius, w.angle, w.z);
+            in.workX = q.x;
+            in.workY = q.y;
+            break;
+        case EDIT_ROTATION:
+            in.workX = -x;
+            in.workY = -y;
+            break;
+        default:
+            if (!t) break;
+            q = xyFromPolar(w.radius, 2.0 * polarFromXY(t->posX, t->posY, t->posZ).angle - w.angle, w.z);
+            in.workX = q.x;
+            in.workY = q.y;
+    }
+}
+
+// A fresh edit with one rule applied to every input of the group; a mode that names nothing
+// only finishes the edit.
+static void editEachOfGroup(SurroundPanner* p, int mode, void (*rule)(PanInput&, int, const PanSpeaker*)) {
     beginEdit(p);
     bool anySelected = anyInputSelected(p);
     const PanSpeaker* t = mode >= EDIT_SPEAKER ? panningSpeaker(p, mode - EDIT_SPEAKER) : nullptr;
-    for (int i = 0; i < inputCount(p) && mode >= 0; i++) {
-        if (!inEditGroup(p, i, anySelected)) continue;
-        PanInput& in = inputRecords(p)[i];
-        Polar w = polarFromXY(in.workX, in.workY, in.workZ);
-        Point3 q;
-        switch (mode) {
-            case EDIT_LEFT_RIGHT:
-            case EDIT_REAR_FRONT:
-            case EDIT_LOW_HIGH: *workAxis(in, mode) = 0.0; break;
-            case EDIT_DIAGONAL:
-            case EDIT_ANTIDIAGONAL:
-                in.workX = in.workY = (in.workX + in.workY) * 0.5 * (mode == EDIT_DIAGONAL ? 1.0 : -1.0);
-                break;
-            case EDIT_WIDTH:
-            case EDIT_ROTATION:
-                q = mode == EDIT_WIDTH ? xyFromPolar(0.5, w.angle, w.z) : xyFromPolar(w.radius, 0.0, w.z);
-                in.workX = q.x;
-                in.workY = q.y;
-                break;
-            default:
-                if (!t) break;
-                in.workX = t->posX;
-                in.workY = t->posY;
-                in.workZ = t->posZ;
-        }
-    }
+    if (mode >= 0)
+        for (int i = 0; i < inputCount(p); i++)
+            if (inEditGroup(p, i, anySelected)) rule(inputRecords(p)[i], mode, t);
     finishEdit(p, true);
 }
 
-void flipGroup(SurroundPanner* p, int mode) {
-    beginEdit(p);
-    bool anySelected = anyInputSelected(p);
-    const PanSpeaker* t = mode >= EDIT_SPEAKER ? panningSpeaker(p, mode - EDIT_SPEAKER) : nullptr;
-    for (int i = 0; i < inputCount(p) && mode >= 0; i++) {
-        if (!inEditGroup(p, i, anySelected)) continue;
-        PanInput& in = inputRecords(p)[i];
-        Polar w = polarFromXY(in.workX, in.workY, in.workZ);
-        double x = in.workX, y = in.workY;
-        Point3 q;
-        switch (mode) {
-            case EDIT_LEFT_RIGHT:
-            case EDIT_REAR_FRONT:
-            case EDIT_LOW_HIGH: *workAxis(in, mode) = -*workAxis(in, mode); break;
-            case EDIT_DIAGONAL:
-                in.workX = y;
-                in.workY = x;
-                break;
-            case EDIT_ANTIDIAGONAL:
-                in.workX = -y;
-                in.workY = -x;
-                break;
-            case EDIT_WIDTH:
-                q = xyFromPolar(1.0 - w.radius, w.angle, w.z);
-                in.workX = q.x;
-                in.workY = q.y;
-                break;
-            case EDIT_ROTATION:
-                in.workX = -x;
-                in.workY = -y;
-                break;
-            default:
-                if (!t) break;
-                q = xyFromPolar(w.radius, 2.0 * polarFromXY(t->posX, t->posY, t->posZ).angle - w.angle, w.z);
-                in.workX = q.x;
-                in.workY = q.y;
-        }
-    }
-    finishEdit(p, true);
-}
+void centerGroup(SurroundPanner* p, int mode) { editEachOfGroup(p, mode, centerOne); }
+void flipGroup(SurroundPanner* p, int mode) { editEachOfGroup(p, mode, flipOne); }
 
 static void setInputAxis(SurroundPanner* p, int index, int axis, double value) {
     if (index < 0 || index >= inputCount(p)) return;
