@@ -8,8 +8,8 @@
 #include <fstream>
 #include <utility>
 
+#include "foundation/host_api.h"
 #include "host/drawing.h"
-#include "shell/host_api.h"
 
 namespace {
 
