@@ -1,6 +1,5 @@
 #include "host/host.h"
 
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <array>
@@ -9,61 +8,12 @@
 #include <utility>
 
 #include "foundation/host_api.h"
-#include "host/drawing.h"
+#include "hostservices/services.h"
 
 namespace {
 
 RefHost* hostSlots[REF_HOST_MAX];
 std::mutex slotsMutex;
-
-// ---- services that need no host context ----
-
-double db2slider(double dB) { return hostDbToSlider(dB); }
-double slider2db(double position) { return hostSliderToDb(position); }
-
-void mkvolstr(char* buffer, double gain) {
-    if (!buffer) return;
-    if (gain < 1e-8) std::snprintf(buffer, 32, "-inf dB");
-    else std::snprintf(buffer, 32, "%+.2f dB", 20.0 * std::log10(gain));
-}
-
-// System colours as GetSysColor gives them (0x00BBGGRR); 15 is the dialog face.
-int gscDarkwrap(int index) {
-    switch (index) {
-        case 5: return 0xFFFFFF;   // window
-        case 8: return 0x000000;   // window text
-        case 15: return 0xF0F0F0;  // dialog face
-        case 16: return 0xA0A0A0;  // shadow
-        case 18: return 0x000000;  // button text
-        default: return 0xC0C0C0;
-    }
-}
-
-// A stable merge sort over items of `size` bytes; scratch holds count * size bytes, or is null.
-void mergesortItems(void* items, size_t count, size_t size, MergesortCompare compare, void* scratch) {
-    if (count < 2 || !items || !compare || !size) return;
-    char* base = static_cast<char*>(items);
-    char* temp = static_cast<char*>(scratch);
-    bool own = !temp;
-    if (own) temp = static_cast<char*>(std::malloc(count * size));
-    if (!temp) return;
-    for (size_t width = 1; width < count; width *= 2) {
-        for (size_t lo = 0; lo < count; lo += 2 * width) {
-            size_t mid = lo + width < count ? lo + width : count;
-            size_t hi = lo + 2 * width < count ? lo + 2 * width : count;
-            size_t a = lo, b = mid, out = lo;
-            while (a < mid && b < hi) {
-                // Take from the right run only when it is strictly smaller: that keeps equal items in order.
-                if (compare(base + b * size, base + a * size) < 0) std::memcpy(temp + out++ * size, base + b++ * size, size);
-                else std::memcpy(temp + out++ * size, base + a++ * size, size);
-            }
-            while (a < mid) std::memcpy(temp + out++ * size, base + a++ * size, size);
-            while (b < hi) std::memcpy(temp + out++ * size, base + b++ * size, size);
-        }
-        std::memcpy(base, temp, count * size);
-    }
-    if (own) std::free(temp);
-}
 
 // ---- the per-host trampolines ----
 
@@ -136,17 +86,15 @@ intptr_t handleCall(RefHost* host, AEffect* effect, int32_t opcode, int32_t inde
     }
 }
 
+// Every service of the library, and the ini file and translations of this host. A host made
+// while KELVANE_HOST_SERVICES is "none" offers no function by name, as a plain VST 2 DAW.
 void offerAllServices(RefHost* host) {
+    const char* only = std::getenv("KELVANE_HOST_SERVICES");
+    if (only && std::strcmp(only, "none") == 0) return;
     const SlotFunctions& own = SLOT_FUNCTIONS[size_t(host->slot)];
-    host->services["DB2SLIDER"] = reinterpret_cast<void*>(&db2slider);
-    host->services["SLIDER2DB"] = reinterpret_cast<void*>(&slider2db);
+    for (int i = 0; i < HOST_SERVICE_COUNT; i++) host->services[HOST_SERVICES[i].name] = HOST_SERVICES[i].function;
     host->services["get_ini_file"] = reinterpret_cast<void*>(own.iniFile);
-    host->services["mkvolstr"] = reinterpret_cast<void*>(&mkvolstr);
-    host->services["GSC_darkwrap"] = reinterpret_cast<void*>(&gscDarkwrap);
     host->services["__localizeFunc"] = reinterpret_cast<void*>(own.localizeFunc);
-    host->services["__mergesort"] = reinterpret_cast<void*>(&mergesortItems);
-    host->services["MIRQ_CreateBitmap"] = reinterpret_cast<void*>(&hostCreateBitmap);
-    host->services["MIRQ_CreateFont"] = reinterpret_cast<void*>(&hostCreateFont);
 }
 
 std::string unescape(const std::string& text) {
@@ -160,19 +108,6 @@ std::string unescape(const std::string& text) {
 }
 
 }  // namespace
-
-double hostDbToSlider(double dB) {
-    if (!(dB > -150.0)) return 0.0;
-    if (dB > 12.0) dB = 12.0;
-    double t = (dB + 150.0) / 162.0;
-    return 1000.0 * t * t * t;
-}
-
-double hostSliderToDb(double position) {
-    if (!(position > 0.0)) return -150.0;
-    if (position > 1000.0) position = 1000.0;
-    return 162.0 * std::cbrt(position / 1000.0) - 150.0;
-}
 
 RefHost* refHostCreate() {
     std::lock_guard<std::mutex> hold(slotsMutex);

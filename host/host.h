@@ -40,7 +40,7 @@ struct RefHost {
 
 constexpr int REF_HOST_MAX = 16;
 
-// [any thread] A host with every service, a channel count of 2 and no ini file. Returns null
+// [any thread] A host with every service (none while KELVANE_HOST_SERVICES is "none"), a channel count of 2 and no ini file. Returns null
 // when all REF_HOST_MAX hosts are in use.
 RefHost* refHostCreate();
 void refHostDestroy(RefHost* host);
@@ -61,7 +61,3 @@ std::vector<AudioMasterCall> refHostCalls(RefHost* host);
 std::vector<std::string> refHostLookups(RefHost* host);
 void refHostClearCalls(RefHost* host);
 
-// The host's fader curve on 0..1000: DB2SLIDER and SLIDER2DB are each other's inverse within
-// -150 dB .. +12 dB, 0 dB lying at about 794.
-double hostDbToSlider(double dB);
-double hostSliderToDb(double position);

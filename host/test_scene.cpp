@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "foundation/host_api.h"
-#include "host/drawing.h"
+#include "hostservices/drawing.h"
 #include "host/host.h"
 #include "host/png.h"
 #include "host/session.h"

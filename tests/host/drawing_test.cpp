@@ -8,7 +8,7 @@
 #include "foundation/bitmap.h"
 #include "foundation/font.h"
 #include "foundation/host_api.h"
-#include "host/drawing.h"
+#include "hostservices/drawing.h"
 #include "host/png.h"
 #include "png_read.h"
 

@@ -7,6 +7,7 @@
 
 #include "host/host.h"
 #include "host/loader.h"
+#include "hostservices/services.h"
 #include "plugin_paths.h"
 
 namespace {

@@ -1,6 +1,6 @@
 // Font faces on Linux: FreeType renders the Liberation faces, which have the metrics of the
 // Windows core fonts, so text takes about the room it takes there.
-#include "host/font_face.h"
+#include "hostservices/font_face.h"
 
 #include <ft2build.h>
 #include FT_FREETYPE_H

@@ -1,4 +1,4 @@
-#include "host/drawing.h"
+#include "hostservices/drawing.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -9,7 +9,7 @@
 #include <windows.h>
 #endif
 
-#include "host/font_face.h"
+#include "hostservices/font_face.h"
 
 // ---- bitmaps ----
 

@@ -1,6 +1,6 @@
-// The reference host's drawing services: the bitmaps of MIRQ_CreateBitmap and the font objects
-// of MIRQ_CreateFont. The host's service table offers them to the plugin by name; the test
-// scene of kelvane-host draws with them too.
+// The drawing services of the host: the bitmaps of MIRQ_CreateBitmap and the font objects of
+// MIRQ_CreateFont. The service table offers them to the plugin by name, for the reference host
+// and the adapter alike; the test scene of kelvane-host draws with them too.
 #pragma once
 
 #include <cstdint>

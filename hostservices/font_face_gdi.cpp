@@ -1,6 +1,6 @@
 // Font faces on Windows: GDI lays text out and renders it, white on black, into a memory DIB
 // whose brightness is the coverage. A memory DC needs no display.
-#include "host/font_face.h"
+#include "hostservices/font_face.h"
 
 #include <windows.h>
 
