@@ -42,7 +42,8 @@ const char* adapterIniFile() {
     std::call_once(once, [] {
         path = userIniPath("kelvanepan-daw");
         std::error_code ignored;
-        std::filesystem::create_directories(std::filesystem::u8path(path).parent_path(), ignored);
+        std::filesystem::path file(std::u8string(path.begin(), path.end()));
+        std::filesystem::create_directories(file.parent_path(), ignored);
     });
     return path.c_str();
 }

@@ -226,13 +226,13 @@ intptr_t VST_CALL proxyDispatcher(AEffect* e, int32_t opcode, int32_t index, int
     if (opcode == effEditOpen || opcode == effEditGetRect) return 0;
 #endif
     intptr_t result = a->inner->dispatcher(a->inner, opcode, index, value, ptr, opt);
-    // No block runs while the host suspends the effect or sets its block length.
-    if ((opcode == effMainsChanged || opcode == effStopProcess) && value == 0) freeRetired(a);
-    if (opcode == effSetBlockSize) freeRetired(a);
-    if (opcode == effSetBlockSize || opcode == effMainsChanged || mayChangeCounts(opcode)) {
+    if (opcode == effSetBlockSize || mayChangeCounts(opcode)) {
         prepare(a, mayChangeCounts(opcode));
         if (adapterTakeCounts(a)) a->host(&a->proxy, audioMasterIOChanged, 0, 0, nullptr, 0.0f);
     }
+    // No block runs while the host suspends the effect or sets its block length.
+    if (opcode == effSetBlockSize || ((opcode == effMainsChanged || opcode == effStopProcess) && value == 0))
+        freeRetired(a);
     return result;
 }
 

@@ -8,6 +8,10 @@
 #include "foundation/host_api.h"
 #include "hostservices/drawing.h"
 
+#if defined(_WIN32)
+#include <windows.h>
+#endif
+
 namespace {
 
 double db2slider(double dB) { return hostDbToSlider(dB); }
@@ -93,8 +97,17 @@ void hostVolumeText(char* buffer, double gain) {
 std::string userIniPath(const char* program) {
     std::string name = program ? program : "";
 #if defined(_WIN32)
-    const char* base = std::getenv("APPDATA");
-    return std::string(base && *base ? base : ".") + "\\" + name + "\\" + name + ".ini";
+    // The folder as UTF-8, whatever the user's name is made of.
+    std::string base = ".";
+    if (const wchar_t* wide = _wgetenv(L"APPDATA"); wide && *wide) {
+        int n = WideCharToMultiByte(CP_UTF8, 0, wide, -1, nullptr, 0, nullptr, nullptr);
+        if (n > 1) {
+            base.assign(size_t(n), '\0');
+            WideCharToMultiByte(CP_UTF8, 0, wide, -1, base.data(), n, nullptr, nullptr);
+            base.resize(size_t(n - 1));
+        }
+    }
+    return base + "\\" + name + "\\" + name + ".ini";
 #else
     const char* config = std::getenv("XDG_CONFIG_HOME");
     const char* home = std::getenv("HOME");

@@ -29,7 +29,7 @@ double hostSliderToDb(double position);
 // mkvolstr: the volume text of a linear gain, "+0.00 dB" or "-inf dB", into 32 bytes.
 void hostVolumeText(char* buffer, double gain);
 
-// [any thread] The ini file a program keeps in the user's configuration folder:
+// [any thread] The ini file a program keeps in the user's configuration folder, as UTF-8:
 // $XDG_CONFIG_HOME, else ~/.config, then "<program>/<program>.ini"; on Windows
 // %APPDATA%\<program>\<program>.ini. A missing variable falls back to the working folder.
 std::string userIniPath(const char* program);
