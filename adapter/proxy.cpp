@@ -91,8 +91,12 @@ void prepare(AdapterEffect* a, bool askCore) {
 
 // ---- audio ----
 
-// Whether [p, p + n) overlaps [q, q + n).
-bool overlaps(const double* p, const double* q, int n) { return p < q + n && q < p + n; }
+// Whether [p, p + n) overlaps [q, q + n); the buffers may come from unrelated allocations.
+bool overlaps(const double* p, const double* q, int n) {
+    const uintptr_t a = reinterpret_cast<uintptr_t>(p), b = reinterpret_cast<uintptr_t>(q);
+    const uintptr_t bytes = uintptr_t(n) * sizeof(double);
+    return a < b + bytes && b < a + bytes;
+}
 
 // The core's own block may change its counts; the proxy shows the same, as the core would.
 void mirrorCounts(AdapterEffect* a) {

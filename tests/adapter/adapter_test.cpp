@@ -25,6 +25,27 @@ namespace {
 constexpr int CHANNELS = 6;
 constexpr int VENDOR_WRITE_NAMED = 24;
 
+void setVariable(const char* name, const char* value) {
+#if defined(_WIN32)
+    _putenv_s(name, value);
+#else
+    setenv(name, value, 1);
+#endif
+}
+void removeVariable(const char* name) {
+#if defined(_WIN32)
+    _putenv_s(name, "");
+#else
+    unsetenv(name);
+#endif
+}
+// Where the user's configuration folder comes from.
+#if defined(_WIN32)
+const char* const CONFIG_VARIABLE = "APPDATA";
+#else
+const char* const CONFIG_VARIABLE = "XDG_CONFIG_HOME";
+#endif
+
 double sample(int channel, long frame) { return 0.5 * std::sin(0.013 * double(frame) * (channel + 1) + channel); }
 
 // How the host hands its buffers over: each its own; every output on the input of its number;
@@ -91,10 +112,10 @@ protected:
     static void SetUpTestSuite() {
         // The adapter's ini file goes to a configuration folder of this test program's own.
         static TempDir config;
-        setenv("XDG_CONFIG_HOME", config.path.c_str(), 1);
+        setVariable(CONFIG_VARIABLE, config.path.string().c_str());
     }
     void SetUp() override {
-        setenv("KELVANEPAN_CHANNELS", std::to_string(CHANNELS).c_str(), 1);
+        setVariable("KELVANEPAN_CHANNELS", std::to_string(CHANNELS).c_str());
         ASSERT_TRUE(pluginLibraryOpen(&library, besideTestProgram(KVP_ADAPTER_FILE).c_str())) << library.error;
         host = refHostCreate();
         host->services.clear();
@@ -104,7 +125,7 @@ protected:
         refHostDestroy(host);
         pluginLibraryClose(&library);
         sessionClose(&reference);
-        unsetenv("KELVANEPAN_CHANNELS");
+        removeVariable("KELVANEPAN_CHANNELS");
     }
     // An instance of the adapter, resumed for blocks of the length given, in 1 X at 0.2 (off
     // the speakers, so that an input reaches several).
@@ -136,22 +157,22 @@ protected:
 };
 
 TEST_F(AdapterTest, ChannelCountComesFromTheEnvironmentThenItsIniFileThenSixteen) {
-    setenv("KELVANEPAN_CHANNELS", "3", 1);
+    setVariable("KELVANEPAN_CHANNELS", "3");
     AEffect* e = open(256);
     ASSERT_NE(e, nullptr) << "the adapter needs nothing of the host";
     EXPECT_EQ(e->numInputs, 3);
     EXPECT_EQ(e->numOutputs, 3);
 
-    std::string ini = std::string(std::getenv("XDG_CONFIG_HOME")) + "/kelvanepan-daw/kelvanepan-daw.ini";
+    std::string ini = std::string(std::getenv(CONFIG_VARIABLE)) + "/kelvanepan-daw/kelvanepan-daw.ini";
     ASSERT_TRUE(std::filesystem::is_directory(std::filesystem::path(ini).parent_path())) << "the folder is made";
     std::ofstream(ini) << "[kelvane]\nchannels=5\n";
     for (const char* bad : {"0", "129", "six", ""}) {
-        setenv("KELVANEPAN_CHANNELS", bad, 1);
+        setVariable("KELVANEPAN_CHANNELS", bad);
         e = open(256);
         ASSERT_NE(e, nullptr);
         EXPECT_EQ(e->numOutputs, 5) << "KELVANEPAN_CHANNELS=" << bad;
     }
-    unsetenv("KELVANEPAN_CHANNELS");
+    removeVariable("KELVANEPAN_CHANNELS");
     std::ofstream(ini) << "[kelvane]\nchannels=200\n";
     EXPECT_EQ(open(256)->numOutputs, 16);
     std::filesystem::remove(ini);
@@ -239,18 +260,16 @@ TEST_F(AdapterTest, TheHostSeesTheProxyAndIsToldWhenCountsChange) {
 #if !defined(_WIN32)
 TEST_F(AdapterTest, PassesTheValidatorWithAHostOfferingNothing) {
     TempDir dir;
-    setenv("KELVANE_HOST_SERVICES", "none", 1);
+    setVariable("KELVANE_HOST_SERVICES", "none");
     // The tests of any VST 2 effect; "open-close" also asks for the host's own count answers,
     // which the adapter gives itself.
     for (const char* test : {"parameter-texts", "audio", "block-extremes", "automation", "state", "channel-changes", "threads"}) {
         ToolResult r = runTool(dir, "validate " + shellQuote(besideTestProgram(KVP_ADAPTER_FILE)) + " --only " + test);
         EXPECT_EQ(r.code, 0) << test << ":\n" << r.out << r.err;
     }
-    unsetenv("KELVANE_HOST_SERVICES");
     // The plugin itself still refuses such a host.
-    setenv("KELVANE_HOST_SERVICES", "none", 1);
     ToolResult r = runTool(dir, "info " + shellQuote(pluginPath()));
-    unsetenv("KELVANE_HOST_SERVICES");
+    removeVariable("KELVANE_HOST_SERVICES");
     EXPECT_EQ(r.code, 2);
 }
 #endif
