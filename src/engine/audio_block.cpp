@@ -6,6 +6,7 @@
 #include <cstring>
 #include <numbers>
 
+#include "engine/audio_mix.h"
 #include "engine/delay_line.h"
 #include "engine/gain_matrix.h"
 #include "engine/records.h"
@@ -140,27 +141,39 @@ void delayInput(SurroundPanner* p, int i, double* in, int n, int delaySamples, d
     delayDrop(line, n);
 }
 
-// One input into one speaker: the first to reach the speaker overwrites, later ones add.
-void mix(const double* in, double* out, int n, double g, double dg, double target, bool first) {
-    if (dg == 0.0) {
-        if (first)
-            for (int k = 0; k < n; k++) out[k] = in[k] * g;
-        else
-            for (int k = 0; k < n; k++) out[k] += in[k] * g;
-        return;
+// Every input each active speaker hears, in input order, then the speaker mixed in passes of
+// several inputs; a speaker nothing reaches is silent. Speakers on a meter strip hand their
+// peak back from their last pass.
+void mixSpeakers(const BlockHead& h, double** inputs, double** outputs, int nUseIn, int nUseOut, int n,
+                 const double* current, const double* target, const double* ramp, bool ramping,
+                 double speakerPeaks[METER_STRIPS]) {
+    const MixKernels kernels = mixKernelsForCpu();
+    MixSource sources[CHANNEL_MASK_BITS];
+    const int activeInputs = nUseIn < CHANNEL_MASK_BITS ? nUseIn : CHANNEL_MASK_BITS;
+    for (int s = 0; s < nUseOut; s++) {
+        double* out = outputs ? outputs[s] : nullptr;
+        if (!out) continue;
+        int count = 0;
+        if (bit(h.speakerActive, s)) {
+            for (int i = 0; i < activeInputs; i++) {
+                const double* in = inputs ? inputs[i] : nullptr;
+                if (!in || !bit(h.inputActive, i)) continue;
+                const size_t c = size_t(i) * size_t(h.nSpk) + size_t(s);
+                double g = current[c], dg = ramping ? ramp[c] : 0.0;
+                if (g == 0.0 && dg == 0.0) continue;  // adds nothing
+                sources[count++] = MixSource{in, g, dg, dg == 0.0 ? g : target[c]};
+            }
+        }
+        const int strip = s - h.firstSpeakerStrip;
+        const bool metered = strip >= 0 && strip < METER_STRIPS;
+        if (count == 0) {
+            std::memset(out, 0, size_t(n) * sizeof(double));
+            if (metered) speakerPeaks[strip] = 0.0;
+            continue;
+        }
+        double peak = kernels.mixSpeaker(out, sources, count, n, metered);
+        if (metered) speakerPeaks[strip] = peak;
     }
-    // One ramp step before each sample; the last sample gets the target exactly.
-    for (int k = 0; k < n - 1; k++) {
-        g += dg;
-        out[k] = first ? in[k] * g : out[k] + in[k] * g;
-    }
-    out[n - 1] = first ? in[n - 1] * target : out[n - 1] + in[n - 1] * target;
-}
-
-double absPeak(const double* x, int n) {
-    double m = 0.0;
-    for (int k = 0; k < n; k++) m = std::fmax(m, std::fabs(x[k]));
-    return m;
 }
 
 }  // namespace
@@ -207,29 +220,14 @@ void VST_CALL processDoubleReplacing(AEffect* effect, double** inputs, double** 
         !growBufferResize(&p->gainTables[GAIN_DELAY_SCRATCH], size_t(n) * sizeof(double)))
         return;
 
-    uint64_t reached[2] = {0, 0};
     const int32_t* delays = growItems<int32_t>(p->inputDelays);
-    for (int i = 0; i < nUseIn; i++) {
-        double* in = inputs ? inputs[i] : nullptr;
-        if (!in) continue;
-        delayInput(p, i, in, n, delays[i], h.sampleRate);
-        if (!bit(h.inputActive, i)) continue;
-        const size_t rowStart = size_t(i) * size_t(h.nSpk);
-        for (int s = 0; s < nUseOut; s++) {
-            double* out = outputs ? outputs[s] : nullptr;
-            if (!out || !bit(h.speakerActive, s)) continue;
-            double g = current[rowStart + size_t(s)];
-            double dg = ramping ? ramp[rowStart + size_t(s)] : 0.0;
-            if (g == 0.0 && dg == 0.0) continue;  // adds nothing; silence below covers it
-            mix(in, out, n, g, dg, target[rowStart + size_t(s)], !bit(reached, s));
-            setBit(reached, s);
-        }
-    }
-    // Silence: every output no input reached, muted, soloed-out and vacant ones among them.
-    for (int s = 0; s < nUseOut; s++)
-        if (outputs && outputs[s] && !bit(reached, s)) std::memset(outputs[s], 0, size_t(n) * sizeof(double));
+    for (int i = 0; i < nUseIn; i++)
+        if (inputs && inputs[i]) delayInput(p, i, inputs[i], n, delays[i], h.sampleRate);
+    double speakerPeaks[METER_STRIPS] = {};
+    mixSpeakers(h, inputs, outputs, nUseIn, nUseOut, n, current, target, ramp, ramping, speakerPeaks);
 
     // Meters: halve every 75 ms, then take this block's peak.
+    const AbsPeakFn absPeak = mixKernelsForCpu().absPeak;
     const double decay = std::exp(-std::numbers::ln2 * n / (h.sampleRate * METER_HALF_LIFE_MS * 0.001));
     for (int k = 0; k < METER_COUNT; k++) {
         std::atomic_ref<double> meter(p->meterPeaks[k]);
@@ -245,7 +243,8 @@ void VST_CALL processDoubleReplacing(AEffect* effect, double** inputs, double** 
                 peak = absPeak(inputs[i], n) * h.meterGains[k];
         } else {
             int s = h.firstSpeakerStrip + k - METER_STRIPS;
-            if (s >= 0 && s < nUseOut && bit(h.speakerActive, s) && outputs && outputs[s]) peak = absPeak(outputs[s], n);
+            if (s >= 0 && s < nUseOut && bit(h.speakerActive, s) && outputs && outputs[s])
+                peak = speakerPeaks[k - METER_STRIPS];
         }
         meter.store(std::fmax(m, peak), std::memory_order_relaxed);
     }
