@@ -31,6 +31,7 @@ struct BlockHead {
     int nIn, nSpk;
     bool resized;
     bool anyDirty;
+    uint64_t dirty[2];  // the rows redone in this head
     double sampleRate;
     int firstInputStrip, firstSpeakerStrip;
     double meterGains[METER_STRIPS];
@@ -67,12 +68,11 @@ bool lockedHead(SurroundPanner* p, BlockHead* h) {
         speakersChanged.store(0);
     }
     // 3. Take the dirty bits in one step each, and redo those rows.
-    uint64_t dirty[2];
-    for (int k = 0; k < 2; k++) dirty[k] = std::atomic_ref<uint64_t>(p->gainsDirtyInputs[k]).exchange(0);
-    h->anyDirty = (dirty[0] | dirty[1]) != 0;
+    for (int k = 0; k < 2; k++) h->dirty[k] = std::atomic_ref<uint64_t>(p->gainsDirtyInputs[k]).exchange(0);
+    h->anyDirty = (h->dirty[0] | h->dirty[1]) != 0;
     int rows = h->nIn < CHANNEL_MASK_BITS ? h->nIn : CHANNEL_MASK_BITS;
     for (int i = 0; i < rows; i++)
-        if (bit(dirty, i)) computeInputGains(p, i);
+        if (bit(h->dirty, i)) computeInputGains(p, i);
     // 4. The gains the input meters are scaled by.
     const PanInput* in = inputRecords(p);
     // A strip start from a damaged state may sit near the int limit; anything that far is past
@@ -142,26 +142,36 @@ void delayInput(SurroundPanner* p, int i, double* in, int n, int delaySamples, d
 }
 
 // Every input each active speaker hears, in input order, then the speaker mixed in passes of
-// several inputs; a speaker nothing reaches is silent. Speakers on a meter strip hand their
-// peak back from their last pass.
+// several inputs; a speaker nothing reaches is silent. The meter strips' peaks come from the same
+// passes: a speaker's from its last, an input's from the first that reads it (or from a pass of
+// its own when it reaches no speaker). Peaks are written for the strips' active channels only.
 void mixSpeakers(const BlockHead& h, double** inputs, double** outputs, int nUseIn, int nUseOut, int n,
                  const double* current, const double* target, const double* ramp, bool ramping,
-                 double speakerPeaks[METER_STRIPS]) {
+                 double inputPeaks[METER_STRIPS], double speakerPeaks[METER_STRIPS]) {
     const MixKernels kernels = mixKernelsForCpu();
+    int heard[CHANNEL_MASK_BITS];
+    int heardCount = 0;
+    for (int i = 0; i < nUseIn && i < CHANNEL_MASK_BITS; i++)
+        if (inputs && inputs[i] && bit(h.inputActive, i)) heard[heardCount++] = i;
+    bool inputPeakTaken[METER_STRIPS] = {};
     MixSource sources[CHANNEL_MASK_BITS];
-    const int activeInputs = nUseIn < CHANNEL_MASK_BITS ? nUseIn : CHANNEL_MASK_BITS;
     for (int s = 0; s < nUseOut; s++) {
         double* out = outputs ? outputs[s] : nullptr;
         if (!out) continue;
         int count = 0;
         if (bit(h.speakerActive, s)) {
-            for (int i = 0; i < activeInputs; i++) {
-                const double* in = inputs ? inputs[i] : nullptr;
-                if (!in || !bit(h.inputActive, i)) continue;
+            for (int u = 0; u < heardCount; u++) {
+                const int i = heard[u];
                 const size_t c = size_t(i) * size_t(h.nSpk) + size_t(s);
-                double g = current[c], dg = ramping ? ramp[c] : 0.0;
+                const double g = current[c], dg = ramping && bit(h.dirty, i) ? ramp[c] : 0.0;
                 if (g == 0.0 && dg == 0.0) continue;  // adds nothing
-                sources[count++] = MixSource{in, g, dg, dg == 0.0 ? g : target[c]};
+                const int strip = i - h.firstInputStrip;
+                double* samplePeak = nullptr;
+                if (strip >= 0 && strip < METER_STRIPS && !inputPeakTaken[strip]) {
+                    inputPeakTaken[strip] = true;
+                    samplePeak = &inputPeaks[strip];
+                }
+                sources[count++] = MixSource{inputs[i], g, dg, dg == 0.0 ? g : target[c], samplePeak};
             }
         }
         const int strip = s - h.firstSpeakerStrip;
@@ -173,6 +183,11 @@ void mixSpeakers(const BlockHead& h, double** inputs, double** outputs, int nUse
         }
         double peak = kernels.mixSpeaker(out, sources, count, n, metered);
         if (metered) speakerPeaks[strip] = peak;
+    }
+    for (int u = 0; u < heardCount; u++) {
+        const int strip = heard[u] - h.firstInputStrip;
+        if (strip >= 0 && strip < METER_STRIPS && !inputPeakTaken[strip])
+            inputPeaks[strip] = kernels.absPeak(inputs[heard[u]], n);
     }
 }
 
@@ -193,16 +208,21 @@ void VST_CALL processDoubleReplacing(AEffect* effect, double** inputs, double** 
         return;
     }
 
-    // Ramps: a resized block starts at the new gains; otherwise changed rows ramp over the block.
+    // Ramps: a resized block starts at the new gains; otherwise the rows redone ramp over the
+    // block (every other row has its target already).
     const size_t cells = size_t(h.nIn) * size_t(h.nSpk);
     double* current = growItems<double>(p->gainTables[GAIN_CURRENT]);
     double* target = growItems<double>(p->gainTables[GAIN_TARGET]);
     double* ramp = growItems<double>(p->gainTables[GAIN_RAMP]);
+    const int rampRows = h.nIn < CHANNEL_MASK_BITS ? h.nIn : CHANNEL_MASK_BITS;
     bool ramping = false;
     if (h.anyDirty && h.resized) {
         if (cells) std::memcpy(current, target, cells * sizeof(double));
     } else if (h.anyDirty) {
-        for (size_t c = 0; c < cells; c++) ramp[c] = (target[c] - current[c]) / n;
+        for (int i = 0; i < rampRows; i++)
+            if (bit(h.dirty, i))
+                for (size_t c = size_t(i) * size_t(h.nSpk), end = c + size_t(h.nSpk); c < end; c++)
+                    ramp[c] = (target[c] - current[c]) / n;
         ramping = true;
     }
 
@@ -223,11 +243,10 @@ void VST_CALL processDoubleReplacing(AEffect* effect, double** inputs, double** 
     const int32_t* delays = growItems<int32_t>(p->inputDelays);
     for (int i = 0; i < nUseIn; i++)
         if (inputs && inputs[i]) delayInput(p, i, inputs[i], n, delays[i], h.sampleRate);
-    double speakerPeaks[METER_STRIPS] = {};
-    mixSpeakers(h, inputs, outputs, nUseIn, nUseOut, n, current, target, ramp, ramping, speakerPeaks);
+    double inputPeaks[METER_STRIPS] = {}, speakerPeaks[METER_STRIPS] = {};
+    mixSpeakers(h, inputs, outputs, nUseIn, nUseOut, n, current, target, ramp, ramping, inputPeaks, speakerPeaks);
 
     // Meters: halve every 75 ms, then take this block's peak.
-    const AbsPeakFn absPeak = mixKernelsForCpu().absPeak;
     const double decay = std::exp(-std::numbers::ln2 * n / (h.sampleRate * METER_HALF_LIFE_MS * 0.001));
     for (int k = 0; k < METER_COUNT; k++) {
         std::atomic_ref<double> meter(p->meterPeaks[k]);
@@ -240,7 +259,7 @@ void VST_CALL processDoubleReplacing(AEffect* effect, double** inputs, double** 
         if (k < METER_STRIPS) {
             int i = h.firstInputStrip + k;
             if (i >= 0 && i < nUseIn && bit(h.inputActive, i) && inputs && inputs[i])
-                peak = absPeak(inputs[i], n) * h.meterGains[k];
+                peak = inputPeaks[k] * h.meterGains[k];
         } else {
             int s = h.firstSpeakerStrip + k - METER_STRIPS;
             if (s >= 0 && s < nUseOut && bit(h.speakerActive, s) && outputs && outputs[s])
@@ -249,8 +268,12 @@ void VST_CALL processDoubleReplacing(AEffect* effect, double** inputs, double** 
         meter.store(std::fmax(m, peak), std::memory_order_relaxed);
     }
 
-    // End of block: the ramp arrived.
-    if (ramping && cells) std::memcpy(current, target, cells * sizeof(double));
+    // End of block: the ramps arrived.
+    if (ramping)
+        for (int i = 0; i < rampRows; i++)
+            if (bit(h.dirty, i) && h.nSpk)
+                std::memcpy(current + size_t(i) * size_t(h.nSpk), target + size_t(i) * size_t(h.nSpk),
+                            size_t(h.nSpk) * sizeof(double));
 }
 
 void VST_CALL processFloatIgnored(AEffect*, float**, float**, int32_t) {}

@@ -6,9 +6,11 @@
 
 // One input's share of a speaker: its samples and its gain at the block's start, the ramp step
 // per sample and the gain of the block's last sample (equal to `gain` when there is no ramp).
+// When samplePeak is not null, the pass also stores there the largest absolute input sample.
 struct MixSource {
     const double* samples;
     double gain, step, target;
+    double* samplePeak;
 };
 
 // [audio thread] Writes the sum of the sources into out, in the order given: the first source's

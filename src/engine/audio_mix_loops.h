@@ -31,8 +31,9 @@ double reduce(Vec peak) {
 }
 
 // Up to four sources into out over n samples. FIRST overwrites out, RAMP moves each gain one
-// step before every sample and lands on the target at the last, PEAK returns out's peak.
-template <int L, bool FIRST, bool RAMP, bool PEAK>
+// step before every sample and lands on the target at the last, PEAK returns out's peak, and
+// INPEAK stores the sources' own peaks where they ask for them.
+template <int L, bool FIRST, bool RAMP, bool PEAK, bool INPEAK>
 double mixGroup(double* __restrict out, const double* __restrict x0, const double* __restrict x1,
                 const double* __restrict x2, const double* __restrict x3, const MixSource* s, int n) {
     double g[4] = {}, d[4] = {}, last[4] = {};
@@ -42,20 +43,29 @@ double mixGroup(double* __restrict out, const double* __restrict x0, const doubl
         last[j] = s[j].target;
     }
     const int body = RAMP ? n - 1 : n;
-    Vec peak = {};
+    Vec peak = {}, in0 = {}, in1 = {}, in2 = {}, in3 = {};
     Vec t = {1.0, 2.0, 3.0, 4.0};  // steps taken before each sample: whole numbers, exact
     int k = 0;
     for (; k + VEC <= body; k += VEC) {
-        Vec a = FIRST ? load(x0 + k) * (RAMP ? splat(g[0]) + t * d[0] : splat(g[0]))
-                      : load(out + k) + load(x0 + k) * (RAMP ? splat(g[0]) + t * d[0] : splat(g[0]));
-        if constexpr (L > 1) a = a + load(x1 + k) * (RAMP ? splat(g[1]) + t * d[1] : splat(g[1]));
-        if constexpr (L > 2) a = a + load(x2 + k) * (RAMP ? splat(g[2]) + t * d[2] : splat(g[2]));
-        if constexpr (L > 3) a = a + load(x3 + k) * (RAMP ? splat(g[3]) + t * d[3] : splat(g[3]));
+        const Vec v0 = load(x0 + k), v1 = load(x1 + k), v2 = load(x2 + k), v3 = load(x3 + k);
+        Vec a = FIRST ? v0 * (RAMP ? splat(g[0]) + t * d[0] : splat(g[0]))
+                      : load(out + k) + v0 * (RAMP ? splat(g[0]) + t * d[0] : splat(g[0]));
+        if constexpr (L > 1) a = a + v1 * (RAMP ? splat(g[1]) + t * d[1] : splat(g[1]));
+        if constexpr (L > 2) a = a + v2 * (RAMP ? splat(g[2]) + t * d[2] : splat(g[2]));
+        if constexpr (L > 3) a = a + v3 * (RAMP ? splat(g[3]) + t * d[3] : splat(g[3]));
         store(out + k, a);
         if constexpr (PEAK) peak = larger(magnitude(a), peak);
+        if constexpr (INPEAK) {
+            in0 = larger(magnitude(v0), in0);
+            if constexpr (L > 1) in1 = larger(magnitude(v1), in1);
+            if constexpr (L > 2) in2 = larger(magnitude(v2), in2);
+            if constexpr (L > 3) in3 = larger(magnitude(v3), in3);
+        }
         if constexpr (RAMP) t = t + 4.0;
     }
     double m = PEAK ? reduce(peak) : 0.0;
+    double inPeak[4] = {reduce(in0), reduce(in1), reduce(in2), reduce(in3)};
+    const double* x[4] = {x0, x1, x2, x3};
     auto sample = [&](int i, const double* gains, bool stepped) {
         double u = double(i + 1);
         auto gainOf = [&](int j) { return stepped ? gains[j] + u * d[j] : gains[j]; };
@@ -65,36 +75,47 @@ double mixGroup(double* __restrict out, const double* __restrict x0, const doubl
         if constexpr (L > 3) a = a + x3[i] * gainOf(3);
         out[i] = a;
         if constexpr (PEAK) m = larger(__builtin_fabs(a), m);
+        if constexpr (INPEAK)
+            for (int j = 0; j < L; j++) inPeak[j] = larger(__builtin_fabs(x[j][i]), inPeak[j]);
     };
     for (; k < body; k++) sample(k, g, RAMP);
     if constexpr (RAMP) sample(n - 1, last, false);
+    if constexpr (INPEAK)
+        for (int j = 0; j < L; j++)
+            if (s[j].samplePeak) *s[j].samplePeak = inPeak[j];
     return m;
 }
 
 using GroupFn = double (*)(double*, const double*, const double*, const double*, const double*, const MixSource*, int);
+struct Table {
+    GroupFn f[16];
+};
 
+// Every variant of a group width, indexed by first + 2 * ramp + 4 * peak + 8 * input peaks.
+template <int L, int V>
+constexpr GroupFn VARIANT = mixGroup<L, (V & 1) != 0, (V & 2) != 0, (V & 4) != 0, (V & 8) != 0>;
 template <int L>
-constexpr GroupFn groupFor(bool first, bool ramp, bool peak) {
-    if (first) {
-        if (ramp) return peak ? mixGroup<L, true, true, true> : mixGroup<L, true, true, false>;
-        return peak ? mixGroup<L, true, false, true> : mixGroup<L, true, false, false>;
-    }
-    if (ramp) return peak ? mixGroup<L, false, true, true> : mixGroup<L, false, true, false>;
-    return peak ? mixGroup<L, false, false, true> : mixGroup<L, false, false, false>;
+constexpr Table groupTable() {
+    return Table{{VARIANT<L, 0>, VARIANT<L, 1>, VARIANT<L, 2>, VARIANT<L, 3>, VARIANT<L, 4>, VARIANT<L, 5>,
+                  VARIANT<L, 6>, VARIANT<L, 7>, VARIANT<L, 8>, VARIANT<L, 9>, VARIANT<L, 10>, VARIANT<L, 11>,
+                  VARIANT<L, 12>, VARIANT<L, 13>, VARIANT<L, 14>, VARIANT<L, 15>}};
 }
+
+constexpr Table GROUPS[4] = {groupTable<1>(), groupTable<2>(), groupTable<3>(), groupTable<4>()};
 
 double mixSpeaker(double* out, const MixSource* sources, int count, int n, bool wantPeak) {
     double peak = 0.0;
     for (int start = 0; start < count; start += VEC) {
         const MixSource* s = sources + start;
         int lanes = count - start < VEC ? count - start : VEC;
-        bool ramp = false;
-        for (int j = 0; j < lanes; j++) ramp = ramp || s[j].step != 0.0;
+        bool ramp = false, inputPeaks = false;
+        for (int j = 0; j < lanes; j++) {
+            ramp = ramp || s[j].step != 0.0;
+            inputPeaks = inputPeaks || s[j].samplePeak;
+        }
         bool first = start == 0, lastGroup = start + VEC >= count;
-        GroupFn group = lanes == 4   ? groupFor<4>(first, ramp, wantPeak && lastGroup)
-                        : lanes == 3 ? groupFor<3>(first, ramp, wantPeak && lastGroup)
-                        : lanes == 2 ? groupFor<2>(first, ramp, wantPeak && lastGroup)
-                                     : groupFor<1>(first, ramp, wantPeak && lastGroup);
+        int variant = int(first) + 2 * int(ramp) + 4 * int(wantPeak && lastGroup) + 8 * int(inputPeaks);
+        GroupFn group = GROUPS[lanes - 1].f[variant];
         const double* x0 = s[0].samples;
         peak = group(out, x0, lanes > 1 ? s[1].samples : x0, lanes > 2 ? s[2].samples : x0,
                      lanes > 3 ? s[3].samples : x0, s, n);

@@ -40,9 +40,11 @@ TEST(AudioMixTest, EveryCopyGivesThePlainMixToTheBit) {
         for (int n : {1, 2, 3, 4, 5, 7, 8, 13, 64, 515})
             for (int ramping = 0; ramping <= 1; ramping++) {
                 std::vector<MixSource> sources;
+                std::vector<double> inputPeaks(size_t(count), -1.0);
                 for (int j = 0; j < count; j++) {
                     double g = std::fabs(value(random)), target = ramping && j % 3 != 1 ? std::fabs(value(random)) : g;
-                    sources.push_back(MixSource{signals[size_t(j)].data(), g, (target - g) / n, target});
+                    double* wanted = j % 2 == 0 ? &inputPeaks[size_t(j)] : nullptr;
+                    sources.push_back(MixSource{signals[size_t(j)].data(), g, (target - g) / n, target, wanted});
                 }
                 std::vector<double> expected(size_t(n), 7.0);
                 referenceMix(expected, sources, n);
@@ -53,6 +55,11 @@ TEST(AudioMixTest, EveryCopyGivesThePlainMixToTheBit) {
                     double peak = k.mixSpeaker(out.data(), sources.data(), count, n, true);
                     ASSERT_TRUE(sameBits(out, expected)) << count << " sources, " << n << " samples, ramp " << ramping;
                     EXPECT_EQ(peak, expectedPeak);
+                    for (int j = 0; j < count; j++) {
+                        double m = j % 2 == 0 ? 0.0 : -1.0;
+                        for (int i = 0; j % 2 == 0 && i < n; i++) m = std::fmax(m, std::fabs(signals[size_t(j)][size_t(i)]));
+                        EXPECT_EQ(inputPeaks[size_t(j)], m) << "source " << j << " of " << count;
+                    }
                     EXPECT_EQ(k.mixSpeaker(out.data(), sources.data(), count, n, false), 0.0);
                 }
             }
