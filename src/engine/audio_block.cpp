@@ -155,34 +155,49 @@ void mixSpeakers(const BlockHead& h, double** inputs, double** outputs, int nUse
         if (inputs && inputs[i] && bit(h.inputActive, i)) heard[heardCount++] = i;
     bool inputPeakTaken[METER_STRIPS] = {};
     MixSource sources[CHANNEL_MASK_BITS];
-    for (int s = 0; s < nUseOut; s++) {
-        double* out = outputs ? outputs[s] : nullptr;
-        if (!out) continue;
-        int count = 0;
-        if (bit(h.speakerActive, s)) {
-            for (int u = 0; u < heardCount; u++) {
-                const int i = heard[u];
+    // Speakers a batch at a time: one walk along the gain rows lists, for each speaker of the
+    // batch, the inputs with a gain or a ramp there (an append without a branch per cell).
+    constexpr int BATCH = 32;
+    uint8_t reaching[BATCH][CHANNEL_MASK_BITS];
+    for (int first = 0; first < nUseOut; first += BATCH) {
+        const int batch = nUseOut - first < BATCH ? nUseOut - first : BATCH;
+        int reachCount[BATCH] = {};
+        for (int u = 0; u < heardCount; u++) {
+            const size_t rowStart = size_t(heard[u]) * size_t(h.nSpk) + size_t(first);
+            const double* g = current + rowStart;
+            const double* dg = ramping && bit(h.dirty, heard[u]) ? ramp + rowStart : nullptr;
+            for (int b = 0; b < batch; b++) {
+                reaching[b][reachCount[b]] = uint8_t(u);
+                reachCount[b] += g[b] != 0.0 || (dg && dg[b] != 0.0);
+            }
+        }
+        for (int b = 0; b < batch; b++) {
+            const int s = first + b;
+            double* out = outputs ? outputs[s] : nullptr;
+            if (!out) continue;
+            const int count = bit(h.speakerActive, s) ? reachCount[b] : 0;
+            for (int k = 0; k < count; k++) {
+                const int i = heard[reaching[b][k]];
                 const size_t c = size_t(i) * size_t(h.nSpk) + size_t(s);
-                const double g = current[c], dg = ramping && bit(h.dirty, i) ? ramp[c] : 0.0;
-                if (g == 0.0 && dg == 0.0) continue;  // adds nothing
+                const double dg = ramping && bit(h.dirty, i) ? ramp[c] : 0.0;
                 const int strip = i - h.firstInputStrip;
                 double* samplePeak = nullptr;
                 if (strip >= 0 && strip < METER_STRIPS && !inputPeakTaken[strip]) {
                     inputPeakTaken[strip] = true;
                     samplePeak = &inputPeaks[strip];
                 }
-                sources[count++] = MixSource{inputs[i], g, dg, dg == 0.0 ? g : target[c], samplePeak};
+                sources[k] = MixSource{inputs[i], current[c], dg, dg == 0.0 ? current[c] : target[c], samplePeak};
             }
+            const int strip = s - h.firstSpeakerStrip;
+            const bool metered = strip >= 0 && strip < METER_STRIPS;
+            if (count == 0) {
+                std::memset(out, 0, size_t(n) * sizeof(double));
+                if (metered) speakerPeaks[strip] = 0.0;
+                continue;
+            }
+            double peak = kernels.mixSpeaker(out, sources, count, n, metered);
+            if (metered) speakerPeaks[strip] = peak;
         }
-        const int strip = s - h.firstSpeakerStrip;
-        const bool metered = strip >= 0 && strip < METER_STRIPS;
-        if (count == 0) {
-            std::memset(out, 0, size_t(n) * sizeof(double));
-            if (metered) speakerPeaks[strip] = 0.0;
-            continue;
-        }
-        double peak = kernels.mixSpeaker(out, sources, count, n, metered);
-        if (metered) speakerPeaks[strip] = peak;
     }
     for (int u = 0; u < heardCount; u++) {
         const int strip = heard[u] - h.firstInputStrip;
