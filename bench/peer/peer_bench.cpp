@@ -53,19 +53,20 @@ struct SpeakerArrangement {
     SpeakerProperties speakers[64];
 };
 constexpr int32_t SPEAKER_ARRANGEMENT_USER = -2;
-constexpr int32_t SPEAKER_UNDEFINED = 0x7fffffff;
+constexpr int32_t SPEAKER_USER_1 = -1;  // user speakers count down from here
 
-// Asks for n discrete inputs and outputs; a plugin that refuses keeps its own counts.
-void arrange(AEffect* e, int inputs, int outputs) {
+// Asks for n discrete inputs and outputs; true when the plugin takes them. (A plugin may take
+// them and still declare its larger counts; the host then hands it that many buffers.)
+bool arrange(AEffect* e, int inputs, int outputs) {
     static SpeakerArrangement in, out;
     for (SpeakerArrangement* a : {&in, &out}) {
         std::memset(a, 0, sizeof *a);
         a->type = SPEAKER_ARRANGEMENT_USER;
-        for (auto& s : a->speakers) s.type = SPEAKER_UNDEFINED;
+        for (int k = 0; k < 64; k++) a->speakers[k].type = SPEAKER_USER_1 - k;
     }
     in.numChannels = inputs;
     out.numChannels = outputs;
-    e->dispatcher(e, effSetSpeakerArrangement, 0, reinterpret_cast<intptr_t>(&in), &out, 0.0f);
+    return e->dispatcher(e, effSetSpeakerArrangement, 0, reinterpret_cast<intptr_t>(&in), &out, 0.0f) == 1;
 }
 
 // Float buffers for the peer, double buffers for KelvanePan, sized to an effect's counts.
@@ -173,12 +174,14 @@ struct Stage {
     bool isDouble;
 };
 
-void prepare(AEffect* e, int n, int inputs, int outputs) {
+// Returns whether the plugin took the arrangement asked for (inputs 0: none asked).
+bool prepare(AEffect* e, int n, int inputs, int outputs) {
     e->dispatcher(e, effMainsChanged, 0, 0, nullptr, 0.0f);
     e->dispatcher(e, effSetBlockSize, 0, n, nullptr, 0.0f);
-    if (inputs > 0) arrange(e, inputs, outputs);
+    bool arranged = inputs > 0 && arrange(e, inputs, outputs);
     e->dispatcher(e, effMainsChanged, 0, 1, nullptr, 0.0f);
     e->dispatcher(e, effStartProcess, 0, 0, nullptr, 0.0f);
+    return arranged;
 }
 
 // A turn of `blocks` blocks; returns the thread's CPU seconds.
@@ -240,11 +243,12 @@ int main(int argc, char** argv) {
             kpBuffers.shape(kp->numInputs, kp->numOutputs, n);
             Buffers<float> encBuffers, decBuffers;
             AEffect *enc = nullptr, *dec = nullptr;
+            bool arranged = false;
             if (havePeer) {
                 enc = peer.encoder.effect;
                 dec = peer.decoder.effect;
-                prepare(enc, n, SOURCES, 16);
-                prepare(dec, n, 16, 16);
+                arranged = prepare(enc, n, SOURCES, 16);
+                arranged = prepare(dec, n, 16, 16) && arranged;
                 encBuffers.shape(enc->numInputs, enc->numOutputs, n);
                 decBuffers.shape(dec->numInputs, dec->numOutputs, n);
                 // The decoder reads what the encoder writes.
@@ -280,8 +284,9 @@ int main(int argc, char** argv) {
                 std::printf("%6d %-7s %11.3f %9s %9s %9s %10s %12s\n", n, moving ? "moving" : "steady", k, "-", "-", "-",
                             "-", "-");
             if (havePeer && n == 512 && !moving)
-                std::printf("       (peer counts %d/%d and %d/%d; decoder output level %.4f)\n", enc->numInputs,
-                            enc->numOutputs, dec->numInputs, dec->numOutputs, rms(decBuffers.out, 16));
+                std::printf("       (peer: 16 in / 16 out %s, declared %d/%d and %d/%d; decoder output level %.4f)\n",
+                            arranged ? "taken" : "refused", enc->numInputs, enc->numOutputs, dec->numInputs,
+                            dec->numOutputs, rms(decBuffers.out, 16));
         }
     }
     sessionClose(&ours);
