@@ -38,8 +38,6 @@ struct AdapterEffect {
     std::atomic<AdapterScratch*> scratch;
     AdapterScratch* retired;
     int blockSize;  // the host's announced block length, 0 before it said one
-    // The counts the host was last told of; a difference after a call is announced.
-    int announcedInputs, announcedOutputs, announcedParams;
 };
 
 // [host's instantiating thread] VSTPluginMain of the adapter: binds the core to the adapter's
@@ -61,6 +59,5 @@ const char* adapterIniFile();
 // [host's instantiating thread] The proxy around an instance of the core, with buffers for a
 // default block; null when out of memory (the instance is then closed).
 AdapterEffect* adapterWrap(AEffect* inner, audioMasterCallback host);
-// [any thread] Copies the core's counts to the proxy; true when they differ from what the host
-// was last told, which they then become.
+// [window thread] Shows the counts of the core's records on the proxy; true when they changed.
 bool adapterTakeCounts(AdapterEffect* a);

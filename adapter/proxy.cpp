@@ -61,21 +61,23 @@ void freeRetired(AdapterEffect* a) {
     }
 }
 
-// The count a named value of the core gives ("12", "8Q"), or 0.
-int namedCount(AdapterEffect* a, const char* name) {
+// The count a named value of the core gives ("12", "8Q"), or the fallback.
+int namedCount(AdapterEffect* a, const char* name, int fallback) {
     char text[64] = {0};
     intptr_t answer = a->inner->dispatcher(a->inner, effVendorSpecific, VENDOR_READ_NAMED,
                                            reinterpret_cast<intptr_t>(name), text, float(sizeof text));
-    return answer == VENDOR_ANSWER_KNOWN ? countOf(std::atoi(text)) : 0;
+    int n = answer == VENDOR_ANSWER_KNOWN ? countOf(std::atoi(text)) : 0;
+    return n > 0 ? n : fallback;
 }
 
 // [window thread] Buffers for the block length the host announced and for every count the
-// host or the core has or is about to take: the core's records can be ahead of its AEffect
-// until its next block. A set that fits stays; a replaced one waits for freeRetired.
-void prepare(AdapterEffect* a, bool askCore) {
-    int channels = std::max({countOf(a->proxy.numInputs), countOf(a->proxy.numOutputs),
-                             countOf(a->inner->numInputs), countOf(a->inner->numOutputs), 1});
-    if (askCore) channels = std::max({channels, namedCount(a, "NUMCHANNELS"), namedCount(a, "NUMSPEAKERS")});
+// host or the core has or is about to take. The core's records can be ahead of its AEffect
+// until its next block; that block writes the AEffect's counts, so they are read only while no
+// block runs. A set that fits stays; a replaced one waits for freeRetired.
+void prepare(AdapterEffect* a, bool audioStopped) {
+    int channels = std::max({countOf(a->proxy.numInputs), countOf(a->proxy.numOutputs), 1,
+                             namedCount(a, "NUMCHANNELS", 0), namedCount(a, "NUMSPEAKERS", 0)});
+    if (audioStopped) channels = std::max({channels, countOf(a->inner->numInputs), countOf(a->inner->numOutputs)});
     channels = capacityFor(channels);
     int frames = a->blockSize > 0 ? std::min(a->blockSize, ADAPTER_MAX_FRAMES) : ADAPTER_DEFAULT_FRAMES;
     AdapterScratch* old = a->scratch.load(std::memory_order_acquire);
@@ -96,12 +98,6 @@ bool overlaps(const double* p, const double* q, int n) {
     const uintptr_t a = reinterpret_cast<uintptr_t>(p), b = reinterpret_cast<uintptr_t>(q);
     const uintptr_t bytes = uintptr_t(n) * sizeof(double);
     return a < b + bytes && b < a + bytes;
-}
-
-// The core's own block may change its counts; the proxy shows the same, as the core would.
-void mirrorCounts(AdapterEffect* a) {
-    a->proxy.numInputs = a->inner->numInputs;
-    a->proxy.numOutputs = a->inner->numOutputs;
 }
 
 // A piece the prepared buffers cannot take: the host's outputs get silence.
@@ -151,7 +147,6 @@ void processFloat(AEffect* e, float** in, float** out, int32_t frames, bool add)
     const int hostIn = countOf(e->numInputs), hostOut = countOf(e->numOutputs);
     for (int offset = 0; offset < frames; offset += s->frames)
         floatPiece(a, s, in, out, offset, std::min(s->frames, frames - offset), hostIn, hostOut, add);
-    mirrorCounts(a);
 }
 
 void VST_CALL proxyProcessReplacing(AEffect* e, float** in, float** out, int32_t frames) {
@@ -194,7 +189,6 @@ void VST_CALL proxyProcessDouble(AEffect* e, double** in, double** out, int32_t 
     const int hostIn = countOf(e->numInputs), hostOut = countOf(e->numOutputs);
     for (int offset = 0; offset < frames; offset += s->frames)
         doublePiece(a, s, in, out, offset, std::min(s->frames, frames - offset), hostIn, hostOut);
-    mirrorCounts(a);
 }
 
 // ---- parameters and the dispatcher ----
@@ -230,30 +224,30 @@ intptr_t VST_CALL proxyDispatcher(AEffect* e, int32_t opcode, int32_t index, int
     if (opcode == effEditOpen || opcode == effEditGetRect) return 0;
 #endif
     intptr_t result = a->inner->dispatcher(a->inner, opcode, index, value, ptr, opt);
-    if (opcode == effSetBlockSize || mayChangeCounts(opcode)) {
-        prepare(a, mayChangeCounts(opcode));
-        if (adapterTakeCounts(a)) a->host(&a->proxy, audioMasterIOChanged, 0, 0, nullptr, 0.0f);
-    }
     // No block runs while the host suspends the effect or sets its block length.
-    if (opcode == effSetBlockSize || ((opcode == effMainsChanged || opcode == effStopProcess) && value == 0))
-        freeRetired(a);
+    const bool audioStopped =
+        opcode == effSetBlockSize || ((opcode == effMainsChanged || opcode == effStopProcess) && value == 0);
+    if (opcode == effSetBlockSize || mayChangeCounts(opcode)) {
+        if (adapterTakeCounts(a)) a->host(&a->proxy, audioMasterIOChanged, 0, 0, nullptr, 0.0f);
+        prepare(a, audioStopped);
+    }
+    if (audioStopped) freeRetired(a);
     return result;
 }
 
 }  // namespace
 
 bool adapterTakeCounts(AdapterEffect* a) {
+    // The counts of the core's records, which its next block takes on; a field is written only
+    // when it changes, as the host's audio thread reads them.
     AEffect& p = a->proxy;
-    const AEffect& c = *a->inner;
-    p.numInputs = c.numInputs;
-    p.numOutputs = c.numOutputs;
-    p.numParams = c.numParams;
-    p.initialDelay = c.initialDelay;
-    if (a->announcedInputs == c.numInputs && a->announcedOutputs == c.numOutputs && a->announcedParams == c.numParams)
-        return false;
-    a->announcedInputs = c.numInputs;
-    a->announcedOutputs = c.numOutputs;
-    a->announcedParams = c.numParams;
+    const int32_t inputs = namedCount(a, "NUMCHANNELS", p.numInputs);
+    const int32_t outputs = namedCount(a, "NUMSPEAKERS", p.numOutputs);
+    const int32_t params = a->inner->numParams;
+    if (p.numInputs == inputs && p.numOutputs == outputs && p.numParams == params) return false;
+    if (p.numInputs != inputs) p.numInputs = inputs;
+    if (p.numOutputs != outputs) p.numOutputs = outputs;
+    if (p.numParams != params) p.numParams = params;
     return true;
 }
 
@@ -279,7 +273,7 @@ AdapterEffect* adapterWrap(AEffect* inner, audioMasterCallback host) {
     p.flags &= ~effFlagsHasEditor;
 #endif
     adapterTakeCounts(a);
-    prepare(a, false);
+    prepare(a, true);
     if (!a->scratch.load()) {
         inner->dispatcher(inner, effClose, 0, 0, nullptr, 0.0f);
         delete a;

@@ -160,8 +160,10 @@ TEST_F(AdapterTest, ChannelCountComesFromTheEnvironmentThenItsIniFileThenSixteen
     setVariable("KELVANEPAN_CHANNELS", "3");
     AEffect* e = open(256);
     ASSERT_NE(e, nullptr) << "the adapter needs nothing of the host";
+    // The inputs follow the count; the host is shown the speakers of the layout picked for it
+    // at once, not after the first block.
     EXPECT_EQ(e->numInputs, 3);
-    EXPECT_EQ(e->numOutputs, 3);
+    EXPECT_EQ(e->numOutputs, 4);
 
     std::string ini = std::string(std::getenv(CONFIG_VARIABLE)) + "/kelvanepan-daw/kelvanepan-daw.ini";
     ASSERT_TRUE(std::filesystem::is_directory(std::filesystem::path(ini).parent_path())) << "the folder is made";
@@ -170,13 +172,13 @@ TEST_F(AdapterTest, ChannelCountComesFromTheEnvironmentThenItsIniFileThenSixteen
         setVariable("KELVANEPAN_CHANNELS", bad);
         e = open(256);
         ASSERT_NE(e, nullptr);
-        EXPECT_EQ(e->numOutputs, 5) << "KELVANEPAN_CHANNELS=" << bad;
+        EXPECT_EQ(e->numInputs, 5) << "KELVANEPAN_CHANNELS=" << bad;
     }
     removeVariable("KELVANEPAN_CHANNELS");
     std::ofstream(ini) << "[kelvane]\nchannels=200\n";
-    EXPECT_EQ(open(256)->numOutputs, 16);
+    EXPECT_EQ(open(256)->numInputs, 16);
     std::filesystem::remove(ini);
-    EXPECT_EQ(open(256)->numOutputs, 16);
+    EXPECT_EQ(open(256)->numInputs, 16);
 
     // Nothing of it reached the host: no lookup, no count query.
     for (const AudioMasterCall& c : refHostCalls(host)) EXPECT_NE(c.opcode, HOST_LOOKUP_OPCODE) << c.name;
