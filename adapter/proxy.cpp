@@ -71,12 +71,12 @@ int namedCount(AdapterEffect* a, const char* name, int fallback) {
 }
 
 // [window thread] Buffers for the block length the host announced and for every count the
-// host or the core has or is about to take. The core's records can be ahead of its AEffect
-// until its next block; that block writes the AEffect's counts, so they are read only while no
-// block runs. A set that fits stays; a replaced one waits for freeRetired.
+// host or the core has or is about to take: the proxy shows the counts of the core's records
+// (adapterTakeCounts runs first), which can be ahead of the core's AEffect until its next
+// block. That block writes the AEffect's counts, so they are read only while no block runs. A
+// set that fits stays; a replaced one waits for freeRetired.
 void prepare(AdapterEffect* a, bool audioStopped) {
-    int channels = std::max({countOf(a->proxy.numInputs), countOf(a->proxy.numOutputs), 1,
-                             namedCount(a, "NUMCHANNELS", 0), namedCount(a, "NUMSPEAKERS", 0)});
+    int channels = std::max({countOf(a->proxy.numInputs), countOf(a->proxy.numOutputs), 1});
     if (audioStopped) channels = std::max({channels, countOf(a->inner->numInputs), countOf(a->inner->numOutputs)});
     channels = capacityFor(channels);
     int frames = a->blockSize > 0 ? std::min(a->blockSize, ADAPTER_MAX_FRAMES) : ADAPTER_DEFAULT_FRAMES;
@@ -228,8 +228,9 @@ intptr_t VST_CALL proxyDispatcher(AEffect* e, int32_t opcode, int32_t index, int
     const bool audioStopped =
         opcode == effSetBlockSize || ((opcode == effMainsChanged || opcode == effStopProcess) && value == 0);
     if (opcode == effSetBlockSize || mayChangeCounts(opcode)) {
-        if (adapterTakeCounts(a)) a->host(&a->proxy, audioMasterIOChanged, 0, 0, nullptr, 0.0f);
+        bool changed = adapterTakeCounts(a);
         prepare(a, audioStopped);
+        if (changed) a->host(&a->proxy, audioMasterIOChanged, 0, 0, nullptr, 0.0f);
     }
     if (audioStopped) freeRetired(a);
     return result;
