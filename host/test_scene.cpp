@@ -8,6 +8,7 @@
 #include "host/drawing.h"
 #include "host/host.h"
 #include "host/png.h"
+#include "host/safe_output.h"
 #include "host/session.h"
 #include "renderer/camera.h"
 #include "renderer/geometry.h"
@@ -227,14 +228,15 @@ int commandRenderTestScene(int argc, char** argv) {
         }
     }
     if (output.empty()) return fail("needs the path of the PNG file to write");
+    std::string error;
+    if (!outputDiffersFromInputs(output, {}, &error)) return fail(error);
     if (!folderExists(output)) return fail(output + ": the folder does not exist");
     MIRQ_IBitmap* picture = renderTestScene(scale);
     if (!picture) return fail("out of memory");
     std::vector<unsigned char> png = pngEncodeBitmap(picture);
     mirqDestroy(picture);
-    std::string error;
     if (png.empty()) return fail("the picture could not be encoded");
     if (!writeFileSafely(output, png, &error)) return fail(error);
-    std::printf("wrote %s\n", output.c_str());
+    std::fprintf(output == "-" ? stderr : stdout, "wrote %s\n", output.c_str());
     return 0;
 }
