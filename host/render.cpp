@@ -469,8 +469,11 @@ int commandRender(int argc, char** argv, const char* defaultPlugin) {
     }
     e->dispatcher(e, effIdle, 0, 0, nullptr, 0.0f);
 
-    // 6. The outputs: the plugin's own count, or the first --outputs of them.
-    const int pluginOutputs = e->numOutputs, pluginInputs = e->numInputs;
+    // 6. The outputs: the plugin's own count, or the first --outputs of them. This project's
+    // plugin names its counts, which may run ahead of the AEffect's until the host has followed a
+    // change; the buffers cover both.
+    const int pluginOutputs = protocol ? std::max(e->numOutputs, sessionSpeakerCount(s)) : e->numOutputs;
+    const int pluginInputs = protocol ? std::max(e->numInputs, sessionInputCount(s)) : e->numInputs;
     if (pluginOutputs < 1) return fail(o.plugin + ": the plugin has no outputs");
     if (o.outputs > pluginOutputs)
         return fail("--outputs " + std::to_string(o.outputs) + ": the plugin has " + plural(pluginOutputs, "output"));
