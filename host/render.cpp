@@ -80,7 +80,7 @@ std::string parseOptions(int argc, char** argv, RenderOptions* o) {
             if (v.find('=') == std::string::npos) return "--set '" + v + "': expected NAME=TEXT";
             o->sets.push_back(v);
         } else if (arg == "--block") {
-            if (!parseNumber(v, &number) || number < 1 || number > 65536 || number != std::floor(number))
+            if (!parseNumber(v, &number) || number < 1 || number > SESSION_MAX_BLOCK || number != std::floor(number))
                 return "--block '" + v + "': expected a whole number from 1 to 65536";
             o->block = int(number);
         } else if (arg == "--format") {
@@ -583,7 +583,7 @@ int commandRender(int argc, char** argv, const char* defaultPlugin) {
     // 10. The summary: on standard error when the audio went to standard output.
     FILE* report = o.output == "-" ? stderr : stdout;
     std::fprintf(report, "rendered %lld frames of %s into %s at %d Hz; peak dBFS:", done,
-                 plural(channels, "input channel").c_str(), plural(written, "speaker channel").c_str(), info.samplerate);
+                 plural(channels, "input channel").c_str(), plural(written, protocol ? "speaker channel" : "output channel").c_str(), info.samplerate);
     for (double p : peaks) {
         double db = toDb(p);
         if (std::isinf(db)) std::fprintf(report, " -inf");

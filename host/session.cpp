@@ -48,6 +48,8 @@ bool sessionOpen(PluginSession* s, const char* pluginPath, int channels, const c
     }
     s->effect->dispatcher(s->effect, effOpen, 0, 0, nullptr, 0.0f);
     s->effect->dispatcher(s->effect, effSetSampleRate, 0, 0, nullptr, float(sampleRate));
+    // The longest block the host's commands hand over; plugins size their work buffers by it.
+    s->effect->dispatcher(s->effect, effSetBlockSize, 0, SESSION_MAX_BLOCK, nullptr, 0.0f);
     s->effect->dispatcher(s->effect, effMainsChanged, 0, 1, nullptr, 0.0f);
     return true;
 }

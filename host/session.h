@@ -15,6 +15,9 @@ struct PluginSession {
     AEffect* effect;
 };
 
+// The longest block any command hands to a plugin; it is told so before it is resumed.
+constexpr int SESSION_MAX_BLOCK = 65536;
+
 // [one thread] Loads the library, makes a host with the channel count and ini path given, and
 // instantiates and opens the effect at the sample rate. Returns false with a one-line reason.
 bool sessionOpen(PluginSession* s, const char* pluginPath, int channels, const char* iniPath, double sampleRate,
