@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "engine/records.h"
+#include "host/args.h"
 #include "host/safe_output.h"
 #include "host/session.h"
 #include "shell/panner.h"
@@ -26,23 +27,14 @@ struct OpenOptions {
 };
 
 std::string parseOpenOptions(int argc, char** argv, OpenOptions* o) {
-    for (int i = 0; i < argc; i++) {
-        std::string arg = argv[i];
-        if (arg == "--channels" || arg == "--state") {
-            if (i + 1 >= argc) return "option " + arg + " needs a value";
-            std::string v = argv[++i];
-            if (arg == "--state") {
-                o->state = v;
-                continue;
-            }
-            std::string problem;
-            if (!channelsFromOption(v, &o->channels, &problem)) return problem;
-        } else if (arg.size() > 1 && arg[0] == '-') {
-            return "unknown option '" + arg + "'";
-        } else {
-            o->positional.push_back(arg);
-        }
-    }
+    ParsedArgs args;
+    std::string problem;
+    if (!parseArgs(argc, argv, {{"--channels", true}, {"--state", true}}, &args, &problem)) return problem;
+    o->positional = args.positional;
+    o->state = optionValue(args, "--state");
+    if (optionGiven(args, "--state") && o->state.empty()) return "option --state needs a file name";
+    if (optionGiven(args, "--channels") && !channelsFromOption(optionValue(args, "--channels"), &o->channels, &problem))
+        return problem;
     return "";
 }
 

@@ -2,11 +2,13 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "engine/records.h"
+#include "host/args.h"
 #include "host/safe_output.h"
 #include "host/session.h"
 #include "layouts/layouts.h"
@@ -30,25 +32,23 @@ struct PresetOptions {
 };
 
 std::string parseOptions(int argc, char** argv, PresetOptions* o) {
-    for (int i = 0; i < argc; i++) {
-        std::string arg = argv[i];
-        if (arg == "--ini" || arg == "--layout" || arg == "--state" || arg == "--plugin" || arg == "--channels") {
-            if (i + 1 >= argc) return "option " + arg + " needs a value";
-            std::string v = argv[++i];
-            if (v.empty()) return "option " + arg + " needs a value";
-            if (arg == "--ini") o->ini = v;
-            else if (arg == "--layout") o->layout = v;
-            else if (arg == "--state") o->state = v;
-            else if (arg == "--plugin") o->plugin = v;
-            else if (std::string problem; !channelsFromOption(v, &o->channels, &problem)) return problem;
-        } else if (arg == "--force") {
-            o->force = true;
-        } else if (arg.size() > 1 && arg[0] == '-') {
-            return "unknown option '" + arg + "'";
-        } else {
-            o->positional.push_back(arg);
-        }
-    }
+    ParsedArgs args;
+    std::string problem;
+    const std::vector<OptionSpec> specs = {{"--ini", true},     {"--layout", true},   {"--state", true},
+                                           {"--plugin", true},  {"--channels", true}, {"--force", false}};
+    if (!parseArgs(argc, argv, specs, &args, &problem)) return problem;
+    for (const ParsedOption& option : args.options)
+        if (option.value.empty() && option.name != "--force")
+            return option.name == "--layout" ? "--layout: empty layout name (kelvane-host layouts lists them)"
+                                             : "option " + option.name + " needs a value";
+    o->positional = args.positional;
+    o->ini = optionValue(args, "--ini");
+    o->layout = optionValue(args, "--layout");
+    o->state = optionValue(args, "--state");
+    o->plugin = optionValue(args, "--plugin");
+    o->force = optionGiven(args, "--force");
+    if (optionGiven(args, "--channels") && !channelsFromOption(optionValue(args, "--channels"), &o->channels, &problem))
+        return problem;
     return "";
 }
 
@@ -87,11 +87,17 @@ std::string useIniFile(const PresetOptions& o) {
     return "";
 }
 
+// The longest file name the file systems in use take, in bytes.
+constexpr size_t NAME_MAX_BYTES = 255;
+
 // The file of a preset name; "" with the reason in *problem when the name cannot be one.
 std::string pathOf(const std::string& name, std::string* problem) {
     if (name.empty()) *problem = "a preset name may not be empty";
     else if (name.find_first_of("/\\") != std::string::npos) *problem = "preset name '" + name + "': may not hold / or \\";
     else if (name[0] == '.') *problem = "preset name '" + name + "': a name starting with '.' is never listed";
+    else if (name.size() + std::strlen(PRESET_EXTENSION) > NAME_MAX_BYTES)
+        *problem = "preset name '" + name.substr(0, 20) + "...': name too long: " + std::to_string(name.size()) +
+                   " bytes, at most " + std::to_string(NAME_MAX_BYTES - std::strlen(PRESET_EXTENSION));
     if (!problem->empty()) return "";
     char path[PRESET_PATH_MAX];
     if (!presetPath(name.c_str(), path, sizeof path)) *problem = "preset name '" + name + "': the path is too long";

@@ -417,6 +417,10 @@ int findLayoutByName(const std::string& name, std::string* closest) {
 }
 
 int layoutFromOption(const std::string& name, std::string* error) {
+    if (name.empty()) {
+        *error = "--layout: empty layout name (kelvane-host layouts lists them)";
+        return -1;
+    }
     std::string closest;
     int id = findLayoutByName(name, &closest);
     if (id == LAYOUT_NAME_AMBIGUOUS) *error = "--layout '" + name + "': more than one layout starts so: " + closest;
