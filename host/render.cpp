@@ -434,7 +434,7 @@ int commandRender(int argc, char** argv, const char* defaultPlugin) {
                 if (!sessionPlaceInputs(s, speakerOf, &error)) return fail(o.input + ": " + error);
                 placedByMask = true;
             } else {
-                notes.push_back("the file's channel mask has places these speakers lack; inputs placed in order");
+                notes.push_back("the file's channel mask names places these speakers lack");
             }
         }
     }
@@ -603,7 +603,7 @@ int commandRender(int argc, char** argv, const char* defaultPlugin) {
         std::string text;
         for (size_t i = 0; i < places.size() && int(i) < channels; i++)
             text += (i ? ", " : "") + std::to_string(i + 1) + " on " + places[i];
-        if (!text.empty()) notes.push_back("no channel mask; inputs placed " + text);
+        if (!text.empty()) notes.push_back("inputs placed in order: " + text);
     }
     if (placedByMask) notes.push_back("inputs placed by the file's channel mask");
     for (const std::string& note : notes) std::fprintf(report, "note: %s\n", note.c_str());
