@@ -186,20 +186,25 @@ mode_t creationMode() {
 
 // Opens a stream target: standard output, a device or a FIFO.
 bool openStream(SafeOutput* o, bool seekable, std::string* error) {
+    // Standard output gets a descriptor of its own, and descriptor 1 then leads to standard
+    // error: whatever a plugin prints cannot end up inside the data.
+    std::fflush(stdout);
 #if defined(_WIN32)
     if (o->target != "-") {
         *error = o->target + ": not a file name";
         return false;
     }
     _setmode(1, _O_BINARY);
-    o->streamFd = 1;
+    o->streamFd = _dup(1);
+    if (o->streamFd >= 0) _dup2(2, 1);
 #else
-    o->streamFd = o->target == "-" ? 1 : open(o->target.c_str(), O_WRONLY | O_CLOEXEC);
+    o->streamFd = o->target == "-" ? fcntl(1, F_DUPFD_CLOEXEC, 3) : open(o->target.c_str(), O_WRONLY | O_CLOEXEC);
+    if (o->streamFd >= 0 && o->target == "-") dup2(2, 1);
+#endif
     if (o->streamFd < 0) {
         *error = o->target + ": cannot write: " + why(errno);
         return false;
     }
-#endif
     if (!seekable) {
         o->fd = o->streamFd;
         return true;
@@ -380,7 +385,7 @@ bool safeOutputCommit(SafeOutput* o, std::string* error) {
 void safeOutputClose(SafeOutput* o) {
     if (o->fd != o->streamFd) closeFd(&o->fd);
     o->fd = -1;
-    if (o->streamFd > 2) closeFd(&o->streamFd);
+    closeFd(&o->streamFd);
     o->streamFd = -1;
     if (!o->temp.empty()) {
         std::error_code ec;

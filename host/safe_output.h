@@ -28,7 +28,8 @@ struct SafeOutput {
 // False with a one-line reason naming both.
 bool outputDiffersFromInputs(const std::string& output, const std::vector<NamedInput>& inputs, std::string* error);
 
-// [main thread] Prepares the target: "-" is standard output; a character device or FIFO is
+// [main thread] Prepares the target: "-" is standard output (descriptor 1 then leads to standard
+// error, so that nothing else printed mixes with the data); a character device or FIFO is
 // written into directly; a symlink is followed, the link itself kept; a folder, a missing folder
 // or a file without write permission is refused. Otherwise a temporary is created exclusively,
 // under a unique name, in the folder of the file to replace. With `seekable`, a stream gets a
