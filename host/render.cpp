@@ -60,7 +60,7 @@ const std::vector<OptionSpec> RENDER_OPTIONS = {
 };
 
 // Parses the arguments; returns an empty string when they are good, else the message.
-std::string parseOptions(int argc, char** argv, RenderOptions* o) {
+[[maybe_unused]] std::string parseOptions(int argc, char** argv, RenderOptions* o) {
     ParsedArgs args;
     std::string problem;
     if (!parseArgs(argc, argv, RENDER_OPTIONS, &args, &problem)) return problem;
@@ -109,8 +109,9 @@ std::string parseOptions(int argc, char** argv, RenderOptions* o) {
 
 // "time name text": the name is the longest parameter name that the rest of the line starts with;
 // the text is checked as --set checks it.
-std::string parseAutomation(const std::string& path, PluginSession* s, const std::vector<std::string>& names,
-                            std::vector<AutomationEvent>* events) {
+[[maybe_unused]] std::string parseAutomation(const std::string& path, PluginSession* s,
+                                             const std::vector<std::string>& names,
+                                             std::vector<AutomationEvent>* events) {
     std::ifstream in(path);
     if (!in) return path + ": cannot open the automation file";
     std::string line;
