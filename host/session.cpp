@@ -1,17 +1,18 @@
 #include "host/session.h"
 
-#include <algorithm>
-#include <cmath>
 #include <strings.h>
+
+#include <algorithm>
 #include <cctype>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <functional>
 
-#include "layouts/layouts.h"
 #include "engine/records.h"
+#include "layouts/layouts.h"
 #include "layouts/presets.h"
 #include "shell/panner.h"
 #include "shell/state_chunk.h"
