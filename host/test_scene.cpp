@@ -6,9 +6,11 @@
 #include <vector>
 
 #include "foundation/host_api.h"
+#include "host/args.h"
 #include "host/drawing.h"
 #include "host/host.h"
 #include "host/png.h"
+#include "host/safe_output.h"
 #include "host/session.h"
 #include "renderer/camera.h"
 #include "renderer/geometry.h"
@@ -205,36 +207,30 @@ MIRQ_IBitmap* renderTestScene(int scale) {
 }
 
 int commandRenderTestScene(int argc, char** argv) {
-    std::string output;
+    ParsedArgs args;
+    std::string error;
+    if (!parseArgs(argc, argv, {{"--scale", true}}, &args, &error)) return fail(error);
+    if (args.positional.size() > 1) return fail("unexpected argument '" + args.positional[1] + "'");
+    std::string output = args.positional.empty() ? "" : args.positional[0];
     int scale = 0;
-    for (int i = 0; i < argc; i++) {
-        std::string arg = argv[i];
-        if (arg == "--scale") {
-            if (i + 1 >= argc) return fail("option --scale needs a value");
-            std::string value = argv[++i];
-            char* end = nullptr;
-            long s = std::strtol(value.c_str(), &end, 10);
-            if (value.empty() || *end || s < 0 || s > HOST_BITMAP_MAX_SCALE)
-                return fail("--scale: not a scale from 0 to " + std::to_string(HOST_BITMAP_MAX_SCALE) + " (256 = 100 %): '" +
-                            value + "'");
-            scale = int(s);
-        } else if (arg.size() > 1 && arg[0] == '-') {
-            return fail("unknown option '" + arg + "'");
-        } else if (output.empty()) {
-            output = arg;
-        } else {
-            return fail("unexpected argument '" + arg + "'");
-        }
+    if (optionGiven(args, "--scale")) {
+        std::string value = optionValue(args, "--scale");
+        char* end = nullptr;
+        long s = std::strtol(value.c_str(), &end, 10);
+        if (value.empty() || *end || s < 0 || s > HOST_BITMAP_MAX_SCALE)
+            return fail("--scale: not a scale from 0 to " + std::to_string(HOST_BITMAP_MAX_SCALE) + " (256 = 100 %): '" +
+                        value + "'");
+        scale = int(s);
     }
     if (output.empty()) return fail("needs the path of the PNG file to write");
+    if (!outputDiffersFromInputs(output, {}, &error)) return fail(error);
     if (!folderExists(output)) return fail(output + ": the folder does not exist");
     MIRQ_IBitmap* picture = renderTestScene(scale);
     if (!picture) return fail("out of memory");
     std::vector<unsigned char> png = pngEncodeBitmap(picture);
     mirqDestroy(picture);
-    std::string error;
     if (png.empty()) return fail("the picture could not be encoded");
     if (!writeFileSafely(output, png, &error)) return fail(error);
-    std::printf("wrote %s\n", output.c_str());
+    std::fprintf(output == "-" ? stderr : stdout, "wrote %s\n", output.c_str());
     return 0;
 }
