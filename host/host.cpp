@@ -8,6 +8,7 @@
 #include <fstream>
 #include <utility>
 
+#include "host/draw_library.h"
 #include "host/drawing.h"
 #include "shell/host_api.h"
 
@@ -147,6 +148,8 @@ void offerAllServices(RefHost* host) {
     host->services["__mergesort"] = reinterpret_cast<void*>(&mergesortItems);
     host->services["MIRQ_CreateBitmap"] = reinterpret_cast<void*>(&hostCreateBitmap);
     host->services["MIRQ_CreateFont"] = reinterpret_cast<void*>(&hostCreateFont);
+    for (int i = 0; i < HOST_DRAWING_SERVICE_COUNT; i++)
+        host->services[HOST_DRAWING_SERVICES[i].name] = HOST_DRAWING_SERVICES[i].function;
 }
 
 std::string unescape(const std::string& text) {
