@@ -2,7 +2,7 @@
 // build/linux/bin/kvp_bench.
 #include <benchmark/benchmark.h>
 
-#include "shell/grow_buffer.h"
+#include "foundation/grow_buffer.h"
 
 // The state chunk writer appends many small fields: appending must stay amortised constant.
 static void growBufferAppendFields(benchmark::State& state) {

@@ -8,9 +8,9 @@
 #include <fstream>
 #include <utility>
 
+#include "foundation/host_api.h"
 #include "host/draw_library.h"
 #include "host/drawing.h"
-#include "shell/host_api.h"
 
 namespace {
 

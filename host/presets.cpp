@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "engine/records.h"
+#include "foundation/host_api.h"
 #include "host/session.h"
 #include "layouts/layouts.h"
 #include "layouts/presets.h"
-#include "shell/host_api.h"
 #include "shell/panner.h"
 #include "shell/state_chunk.h"
 

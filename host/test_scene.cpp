@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "foundation/host_api.h"
 #include "host/drawing.h"
 #include "host/host.h"
 #include "host/png.h"
@@ -13,7 +14,6 @@
 #include "renderer/geometry.h"
 #include "renderer/material.h"
 #include "renderer/mesh_builders.h"
-#include "shell/host_api.h"
 
 namespace {
 

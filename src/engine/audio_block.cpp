@@ -8,9 +8,9 @@
 
 #include "engine/delay_line.h"
 #include "engine/gain_matrix.h"
+#include "engine/instance.h"
 #include "engine/records.h"
 #include "engine/speaker_analysis.h"
-#include "shell/panner.h"
 
 namespace {
 

@@ -4,9 +4,9 @@
 #include <cstring>
 #include <numbers>
 
+#include "engine/instance.h"
 #include "engine/records.h"
 #include "engine/speaker_analysis.h"
-#include "shell/panner.h"
 
 double panLaw(double t, double lawDb) {
     double c = std::cos(t * std::numbers::pi / 2.0);

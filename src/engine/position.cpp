@@ -3,11 +3,11 @@
 #include <cmath>
 #include <numbers>
 
+#include "engine/instance.h"
+#include "engine/parameter_map.h"
 #include "engine/records.h"
 #include "engine/speaker_analysis.h"
 #include "platform/platform.h"
-#include "shell/panner.h"
-#include "shell/parameter_map.h"
 
 const char* const EDIT_MODE_NAMES[7] = {
     "Left/Right",

@@ -4,8 +4,8 @@
 #include <cstdio>
 #include <cstring>
 
-#include "layouts/localize.h"
-#include "shell/panner.h"
+#include "engine/instance.h"
+#include "foundation/localize.h"
 
 const uint32_t INPUT_COLOURS[8] = {
     0xFFF0F0F0,

@@ -4,8 +4,8 @@
 #include <cstring>
 #include <numbers>
 
+#include "engine/instance.h"
 #include "engine/records.h"
-#include "shell/panner.h"
 
 const uint32_t SPEAKER_SET_EXCLUDED[SPEAKER_SET_COUNT] = {
     0,

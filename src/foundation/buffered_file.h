@@ -6,8 +6,8 @@
 #include <atomic>
 #include <cstdint>
 
+#include "foundation/grow_buffer.h"
 #include "platform/files.h"
-#include "shell/grow_buffer.h"
 
 constexpr int WRITE_BUFFER_ALIGN = 4096;
 constexpr int READ_BUFFER_ALIGN = 8192;

@@ -4,7 +4,7 @@
 #include <new>
 
 #include "foundation/bitmap.h"
-#include "shell/host_api.h"
+#include "foundation/host_api.h"
 
 __MIRQ_dpiAwareFont::__MIRQ_dpiAwareFont(const FontDescription& description)
     : flagsCallback(nullptr), lastFlags(0), textColorValue(0), backColor(0), extraColor(0),

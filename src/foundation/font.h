@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "foundation/bitmap.h"
+#include "foundation/grow_buffer.h"
 #include "platform/platform.h"
-#include "shell/grow_buffer.h"
 
 // A rectangle in logical pixels, laid out as a Win32 RECT.
 struct TextRect {

@@ -6,7 +6,7 @@
 #include <cstdint>
 
 #include "foundation/buffered_file.h"
-#include "shell/grow_buffer.h"
+#include "foundation/grow_buffer.h"
 
 // The longest line a stream writes is one less than this.
 constexpr int STATE_LINE_BUFFER = 8192;

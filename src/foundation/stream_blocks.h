@@ -3,8 +3,8 @@
 // keeps data or free text in a state stream.
 #pragma once
 
+#include "foundation/grow_buffer.h"
 #include "foundation/state_stream.h"
-#include "shell/grow_buffer.h"
 
 constexpr int BASE64_LINE_BYTES = 96;          // source bytes of a line in a file: 128 characters
 constexpr int BASE64_LONG_LINE_BYTES = 210;    // in memory, for data over 128 bytes: 280 characters

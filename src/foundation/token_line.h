@@ -3,7 +3,7 @@
 // comment unless they count as text. Used by the speaker preset reader.
 #pragma once
 
-#include "shell/grow_buffer.h"
+#include "foundation/grow_buffer.h"
 
 constexpr int TOKEN_INLINE_COUNT = 64;  // tokens held without the heap
 constexpr int TOKEN_NUMBER_MAX = 511;   // characters of a token that number() reads

@@ -5,11 +5,11 @@
 #include <numbers>
 #include <vector>
 
+#include "engine/instance.h"
 #include "engine/position.h"
 #include "engine/records.h"
 #include "engine/speaker_analysis.h"
 #include "layouts/naming.h"
-#include "shell/panner.h"
 
 #define V SLOT_VACANT
 const LayoutRow LAYOUT_TABLE[] = {

@@ -4,9 +4,9 @@
 #include <cstring>
 #include <string>
 
+#include "engine/instance.h"
 #include "engine/records.h"
-#include "layouts/localize.h"
-#include "shell/panner.h"
+#include "foundation/localize.h"
 
 static const char* const NAME_SECTION = "kelvanepan";
 

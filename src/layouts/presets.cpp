@@ -3,16 +3,16 @@
 #include <cstdio>
 #include <cstring>
 
+#include "engine/instance.h"
 #include "engine/records.h"
 #include "engine/speaker_analysis.h"
+#include "foundation/host_api.h"
 #include "foundation/numbers.h"
 #include "foundation/state_stream.h"
 #include "foundation/token_line.h"
 #include "layouts/layouts.h"
 #include "layouts/naming.h"
 #include "platform/files.h"
-#include "shell/host_api.h"
-#include "shell/panner.h"
 
 const char* const PRESET_FOLDER_NAME = "SpeakerSetups";
 const char* const PRESET_EXTENSION = ".BrasselSpeakerSetup";

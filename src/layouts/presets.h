@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-#include "shell/grow_buffer.h"
+#include "foundation/grow_buffer.h"
 
 struct SurroundPanner;
 

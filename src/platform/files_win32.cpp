@@ -9,7 +9,7 @@
 #include <cstring>
 #include <string>
 
-#include "foundation/file_names.h"
+#include "platform/file_names.h"
 
 static_assert(sizeof(OVERLAPPED) <= sizeof(AsyncWrite::storage), "async write storage too small");
 

@@ -7,9 +7,9 @@
 #include <cstdint>
 
 #include "foundation/bitmap.h"
+#include "foundation/grow_buffer.h"
 #include "renderer/geometry.h"
 #include "renderer/material.h"
-#include "shell/grow_buffer.h"
 
 // A face of the frame: sortKey is z0 + z1 + z2 in camera space.
 struct FaceEntry {

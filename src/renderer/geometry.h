@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-#include "shell/grow_buffer.h"
+#include "foundation/grow_buffer.h"
 
 struct Material;
 

@@ -1,6 +1,6 @@
 #include "shell/entry.h"
 
-#include "shell/host_api.h"
+#include "foundation/host_api.h"
 #include "shell/panner.h"
 #include "shell/theme.h"
 

@@ -7,10 +7,10 @@
 #include "engine/audio_block.h"
 #include "engine/speaker_analysis.h"
 #include "foundation/font.h"
+#include "foundation/host_api.h"
 #include "foundation/numbers.h"
 #include "layouts/layouts.h"
 #include "shell/dispatcher.h"
-#include "shell/host_api.h"
 #include "shell/parameters.h"
 #include "shell/state_chunk.h"
 
@@ -53,16 +53,6 @@ static double readPanLaw() {
     if (db < -6.0) db = -6.0;
     if (db > 0.0) db = 0.0;
     return db;
-}
-
-void markInputDirty(SurroundPanner* p, int input) {
-    if (input < 0 || input >= 128) return;
-    std::atomic_ref<uint64_t>(p->gainsDirtyInputs[input >> 6]).fetch_or(uint64_t(1) << (input & 63));
-}
-
-void markAllInputsDirty(SurroundPanner* p) {
-    std::atomic_ref<uint64_t>(p->gainsDirtyInputs[0]).store(~uint64_t(0));
-    std::atomic_ref<uint64_t>(p->gainsDirtyInputs[1]).store(~uint64_t(0));
 }
 
 SurroundPanner* createPanner() {

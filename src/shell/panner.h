@@ -1,114 +1,11 @@
-// SurroundPanner: the one object of an effect instance. It holds the AEffect the host sees and
-// owns everything the instance has: channel records, gain tables, delay lines, scene data and
-// the editor's state. Made by the entry point, freed by effClose; read by every subsystem.
+// Construction and destruction of an effect instance, and the process-wide count of them.
+// Called by the entry point (construction) and the dispatcher's effClose (destruction); the
+// reference host and the tests use them to hold a state without loading the plugin binary.
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 
-#include "editor/button_skin.h"
-#include "platform/platform.h"
-#include "shell/grow_buffer.h"
-#include "vst/aeffect.h"
-
-struct MIRQ_IBitmap;
-
-// uiFlags: bits 8..11 hold the view mode; the option bits follow.
-constexpr uint32_t UI_VIEW_MODE_SHIFT = 8;
-constexpr uint32_t UI_VIEW_MODE_MASK = 0xF00;
-enum : uint32_t {
-    FLAG_IGNORE_REVERSE = 0x1000,   // group edits ignore the inputs' reverse flags
-    FLAG_EDIT_ALL = 0x2000,         // edits act on all inputs, not the selected ones
-    FLAG_LOCK_INPUTS = 0x4000,      // the view takes no input edit
-    FLAG_EDIT_1D = 0x8000,          // drags keep to one axis
-    FLAG_LOCK_SPEAKERS = 0x10000,   // speakers cannot be picked in the view
-    FLAG_AUTO_SEND_NAMES = 0x20000, // inputs follow the sending tracks' names and colours
-};
-
-// selectionState: the channel the position row shows (an input, or SELECT_SPEAKER | speaker),
-// the channel and kind the value row shows.
-enum { SELECTION_FOCUS = 0, SELECTION_VALUE_INPUT = 1, SELECTION_VALUE_SPEAKER = 2, SELECTION_VALUE_KIND = 3 };
-constexpr int32_t SELECT_SPEAKER = 0x100;
-
-// channelOptions bit 0: the input at index 3 is the LFE channel.
-constexpr uint32_t CHANNEL_OPTION_LFE_INPUT = 1;
-
-// pendingChannelChange: old input count in bits 0..7, old speaker count in bits 8..15, and the
-// bit that asks the host to resize its output too.
-constexpr uint32_t PENDING_FORCED = 0x10000;
-
-// gainTables: the gain matrix's three arrays, then one block of samples for delay crossfades.
-enum { GAIN_CURRENT = 0, GAIN_TARGET = 1, GAIN_RAMP = 2, GAIN_DELAY_SCRATCH = 3, GAIN_TABLE_COUNT = 4 };
-
-constexpr int32_t PANNER_UNIQUE_ID = 0x6b767032;  // 'kvp2'
-constexpr int32_t PANNER_VERSION = 1100;
-constexpr int32_t PANNER_FLAGS =
-    effFlagsHasEditor | effFlagsCanReplacing | effFlagsProgramChunks | effFlagsCanDoubleReplacing;
-constexpr int METER_COUNT = 32;
-
-struct SurroundPanner {
-    void* editorWindow;
-    AEffect effect;
-    ERect editorRect;
-    RecursiveLock stateLock;
-    double sampleRate;
-    double panLawDb;
-    GrowBuffer delayLines;  // DelayLine* per input
-    int32_t delayPositions[128];
-    MIRQ_IBitmap* nameStripBitmap;
-    MIRQ_IBitmap* roomBitmap;
-    MIRQ_IBitmap* frameBitmap[2];
-    GrowBuffer viewCameras;
-    GrowBuffer roomWalls;
-    GrowBuffer zShapeMeshes;
-    GrowBuffer speakerMeshes;
-    GrowBuffer inputMeshes;
-    uint64_t editorStamps[10];
-    uint32_t uiFlags;
-    uint32_t pendingChannelChange;
-    uint8_t stateLoaded;
-    uint8_t layoutChosenOnce;
-    GrowBuffer inputs;    // PanInput
-    GrowBuffer speakers;  // PanSpeaker
-    uint32_t speakerFlagsUnion;
-    int32_t warpActive;
-    int32_t audioInputs;
-    int32_t audioSpeakers;
-    GrowBuffer gainTables[GAIN_TABLE_COUNT];
-    uint32_t channelOptions;
-    int32_t layoutId;
-    int32_t layoutFamily;
-    int32_t firstInputStrip;
-    int32_t firstSpeakerStrip;
-    double sceneX, sceneY, sceneZ;
-    int32_t editRowMode[3];
-    int32_t zShape;
-    int32_t selectionState[4];
-    GrowBuffer openGestures;
-    double meterPeaks[METER_COUNT];
-    double centerPercent;
-    double sidePercent;
-    // Bit i: the gains of input i must be recomputed. Set from any thread with an atomic OR,
-    // taken by the audio block with an atomic exchange.
-    alignas(8) uint64_t gainsDirtyInputs[2];
-    uint8_t speakersChanged;
-    uint32_t viewRedrawFlags;
-    int32_t dpiScale;
-    uint8_t viewBusy;
-    int32_t dialogMetrics[5];
-    int32_t dragState[6];
-    int32_t marqueeRect[4];
-    double dragAnchor[3];
-    uint32_t lastEditTick;
-    uint32_t lastGestureTick;
-    uint32_t sceneAutomationTick;
-    int32_t sceneAutomated;
-    StripControls stripControls;
-    // Audio-thread scratch, sized with the gain tables so that no block of a known shape
-    // allocates: one gain row of the speaker count, and the head's copy of each input's delay.
-    GrowBuffer gainRowScratch;  // double per speaker
-    GrowBuffer inputDelays;     // int32 per input
-};
+#include "engine/instance.h"
 
 // Process-wide: the number of live SurroundPanner objects.
 extern int32_t instanceCount;
@@ -121,15 +18,6 @@ extern const char* const VIEW_WINDOW_CLASS;
 SurroundPanner* createPanner();
 // [host's window thread] Runs the destructor steps and frees the object; null does nothing.
 void destroyPanner(SurroundPanner* p);
-
-// [any thread] The object behind an AEffect, or null.
-inline SurroundPanner* pannerFromEffect(AEffect* effect) {
-    return effect ? static_cast<SurroundPanner*>(effect->object) : nullptr;
-}
-
-// [any thread] Marks inputs for a gain recompute; bits beyond 127 are dropped.
-void markInputDirty(SurroundPanner* p, int input);
-void markAllInputsDirty(SurroundPanner* p);
 
 // [window thread] The count query of the constructor: the host's channel count, 2 when the host
 // gives none or one outside 1..128.

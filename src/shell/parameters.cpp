@@ -2,12 +2,12 @@
 
 #include <cstdio>
 
+#include "engine/instance.h"
+#include "engine/parameter_text.h"
 #include "engine/position.h"
 #include "engine/records.h"
-#include "layouts/localize.h"
+#include "foundation/localize.h"
 #include "platform/platform.h"
-#include "shell/panner.h"
-#include "shell/parameter_text.h"
 
 namespace {
 

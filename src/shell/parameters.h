@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-#include "shell/parameter_map.h"
+#include "engine/parameter_map.h"
 #include "vst/aeffect.h"
 
 struct SurroundPanner;

@@ -4,11 +4,11 @@
 #include <cstring>
 #include <vector>
 
+#include "engine/instance.h"
 #include "engine/records.h"
 #include "engine/speaker_analysis.h"
+#include "foundation/grow_buffer.h"
 #include "foundation/numbers.h"
-#include "shell/grow_buffer.h"
-#include "shell/panner.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <thread>
 
-#include "shell/parameter_map.h"
+#include "engine/parameter_map.h"
 #include "shell/parameters.h"
 #include "support/audio_run.h"
 #include "support/panner_fixture.h"

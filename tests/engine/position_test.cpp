@@ -2,10 +2,10 @@
 
 #include <cmath>
 
+#include "engine/parameter_map.h"
 #include "engine/position.h"
 #include "engine/records.h"
 #include "layouts/layouts.h"
-#include "shell/parameter_map.h"
 #include "support/panner_fixture.h"
 
 namespace {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "foundation/buffered_file.h"
-#include "foundation/file_names.h"
+#include "platform/file_names.h"
 #include "support/temp_dir.h"
 
 namespace {

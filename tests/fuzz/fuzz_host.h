@@ -2,7 +2,7 @@
 // instances come straight from the core library without a plugin binary.
 #pragma once
 
-#include "shell/host_api.h"
+#include "foundation/host_api.h"
 
 inline intptr_t VST_CALL fuzzHostCallback(AEffect*, int32_t opcode, int32_t index, intptr_t value, void*, float) {
     if (opcode == HOST_LOOKUP_OPCODE && index == HOST_LOOKUP_QUERY && value == HOST_QUERY_CHANNEL_COUNT) return 2;

@@ -7,10 +7,10 @@
 
 #include "foundation/bitmap.h"
 #include "foundation/font.h"
+#include "foundation/host_api.h"
 #include "host/drawing.h"
 #include "host/png.h"
 #include "png_read.h"
-#include "shell/host_api.h"
 
 namespace {
 

@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "engine/records.h"
+#include "foundation/host_api.h"
 #include "host/session.h"
 #include "plugin_paths.h"
-#include "shell/host_api.h"
 #include "shell/panner.h"
 #include "shell/state_chunk.h"
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "engine/audio_block.h"
-#include "shell/panner.h"
+#include "engine/instance.h"
 
 struct AudioRun {
     SurroundPanner* p;

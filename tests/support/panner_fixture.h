@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "shell/host_api.h"
+#include "foundation/host_api.h"
 #include "shell/panner.h"
 
 struct PannerTest : ::testing::Test {

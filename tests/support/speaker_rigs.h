@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "engine/gain_matrix.h"
+#include "engine/instance.h"
 #include "engine/records.h"
 #include "engine/speaker_analysis.h"
-#include "shell/panner.h"
 
 struct RigSpeaker {
     double x, y, z;

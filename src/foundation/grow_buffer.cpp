@@ -1,4 +1,4 @@
-#include "shell/grow_buffer.h"
+#include "foundation/grow_buffer.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -1,4 +1,4 @@
-#include "shell/host_api.h"
+#include "foundation/host_api.h"
 
 audioMasterCallback hostCallback = nullptr;
 HostApi hostApi = {};

@@ -1,4 +1,4 @@
-#include "foundation/file_names.h"
+#include "platform/file_names.h"
 
 #include <cwchar>
 

@@ -1,13 +1,13 @@
-#include "shell/parameter_map.h"
+#include "engine/parameter_map.h"
 
 #include <cmath>
 #include <cstring>
 
+#include "engine/instance.h"
+#include "engine/parameter_text.h"
 #include "engine/records.h"
+#include "foundation/host_api.h"
 #include "platform/platform.h"
-#include "shell/host_api.h"
-#include "shell/panner.h"
-#include "shell/parameter_text.h"
 
 const ParameterRange PARAMETER_RANGES[] = {
     {POWNER_GLOBAL, PG_CENTER, "center %", 0, 1, PFORMAT_PERCENT},

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "shell/grow_buffer.h"
+#include "foundation/grow_buffer.h"
 
 TEST(GrowBufferTest, GrowthRuleFillsWholePages) {
     EXPECT_EQ(growBufferAllocationFor(100, 4096), 4000u);

@@ -1,11 +1,11 @@
-#include "shell/parameter_text.h"
+#include "engine/parameter_text.h"
 
 #include <cmath>
 #include <cstdio>
 #include <strings.h>
 
+#include "foundation/localize.h"
 #include "foundation/numbers.h"
-#include "layouts/localize.h"
 
 const char* const Z_SHAPE_NAMES[7] = {
     "none",

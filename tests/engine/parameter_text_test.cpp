@@ -3,7 +3,7 @@
 #include <cmath>
 #include <string>
 
-#include "shell/parameter_text.h"
+#include "engine/parameter_text.h"
 
 namespace {
 

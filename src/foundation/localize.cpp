@@ -1,11 +1,11 @@
-#include "layouts/localize.h"
+#include "foundation/localize.h"
 
 #include <cstdint>
 #include <cstring>
 
+#include "foundation/grow_buffer.h"
+#include "foundation/host_api.h"
 #include "platform/platform.h"
-#include "shell/grow_buffer.h"
-#include "shell/host_api.h"
 
 namespace {
 
