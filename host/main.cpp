@@ -9,6 +9,7 @@
 #include "host/inspect.h"
 #include "host/loader.h"
 #include "host/presets.h"
+#include "host/view.h"
 #include "host/render.h"
 #include "host/session.h"
 #include "host/test_scene.h"
@@ -47,6 +48,16 @@ const char* const USAGE =
     "      render the renderer's test scene with a label in the label font, through the host's\n"
     "      own bitmaps and fonts, into a PNG file\n"
     "      --scale S           the bitmap's scale, 0 (none, default) to 1024; 256 = 100 %\n"
+    "  view OUT.png [options]\n"
+    "      draw the room view of an instance of the plugin into a PNG file\n"
+    "      --plugin PATH       the plugin binary (default: the one beside this program)\n"
+    "      --layout NAME | --preset FILE | --state FILE   the speakers, or a whole state\n"
+    "      --channels N        the channel count the host reports\n"
+    "      --mode M            top (default), sides, orbit, or small (the host's small view)\n"
+    "      --size WxH          the view's size in pixels (default 520x520)\n"
+    "      --scale S           256 (default) or 512: the window's scale, or the small bitmap's\n"
+    "      --yaw DEG --pitch DEG   the orbit camera\n"
+    "      --select LIST       inputs to select, numbers from 1: 1,3\n"
     "  preset list [--ini FILE]\n"
     "  preset save NAME (--layout NAME | --state FILE) [--ini FILE]\n"
     "  preset load NAME [--plugin PATH] [--channels N] [--ini FILE]\n"
@@ -158,6 +169,7 @@ int main(int argc, char** argv) {
     if (command == "state") return commandState(argc - 2, argv + 2);
     if (command == "render-test-scene") return commandRenderTestScene(argc - 2, argv + 2);
     if (command == "render") return commandRender(argc - 2, argv + 2, defaultPluginPath(argv[0]).c_str());
+    if (command == "view") return commandView(argc - 2, argv + 2, defaultPluginPath(argv[0]).c_str());
     if (command == "preset") return commandPreset(argc - 2, argv + 2, defaultPluginPath(argv[0]).c_str());
     return fail("unknown command '" + command + "' (try --help)");
 }
