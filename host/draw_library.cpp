@@ -226,6 +226,8 @@ void drawRound(const Canvas& c, const Paint& paint, double cx, double cy, double
     bool ring = band >= 0;
     double outer = radius + (ring ? band : grow) + 1.0;
     double inner = ring ? radius - band - 1.0 : -1.0;
+    // Pixels this near the centre of a disc are covered whole.
+    const double solidRadius = radius - 0.5 > 0.0 ? radius - 0.5 : 0.0, solid = solidRadius * solidRadius;
     int y0 = clampInt(floorInt(cy - outer), 0, c.h), y1 = clampInt(floorInt(cy + outer) + 1, 0, c.h);
     for (int y = y0; y < y1; y++) {
         double dy = y - cy;
@@ -237,7 +239,12 @@ void drawRound(const Canvas& c, const Paint& paint, double cx, double cy, double
         for (int x = x0; x < x1; x++) {
             double dx = x - cx;
             if (reachIn > 0 && std::fabs(dx) < reachIn) continue;
-            double d = std::sqrt(dx * dx + dy * dy);
+            double squared = dx * dx + dy * dy;
+            if (!ring && squared <= solid) {  // wholly inside a disc: no root needed
+                paint.put(r + x, 1.0);
+                continue;
+            }
+            double d = std::sqrt(squared);
             double coverage;
             if (ring) coverage = aa ? clamp01(band + 0.5 - std::fabs(d - radius)) : (std::fabs(d - radius) <= band ? 1.0 : 0.0);
             else coverage = aa ? clamp01(radius + 0.5 - d) : (d <= radius + grow ? 1.0 : 0.0);

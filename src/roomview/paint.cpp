@@ -69,10 +69,15 @@ void filterHalf(MIRQ_IBitmap* dest, MIRQ_IBitmap* source, int w, int h) {
         const uint32_t* a = in + ptrdiff_t(inUp ? 2 * h - 1 - 2 * y : 2 * y) * inSpan;
         const uint32_t* b = in + ptrdiff_t(inUp ? 2 * h - 2 - 2 * y : 2 * y + 1) * inSpan;
         for (int x = 0; x < w; x++, a += 2, b += 2) {
-            // Red and blue side by side in one word, green apart: each sum fits its lane.
-            uint32_t rb = (a[0] & 0xFF00FFu) + (a[1] & 0xFF00FFu) + (b[0] & 0xFF00FFu) + (b[1] & 0xFF00FFu);
-            uint32_t g = (a[0] & 0xFF00u) + (a[1] & 0xFF00u) + (b[0] & 0xFF00u) + (b[1] & 0xFF00u);
-            o[x] = ((rb >> 2) & 0xFF00FFu) | ((g >> 2) & 0xFF00u);
+            // Two neighbours in one word each: blue and red in 16-bit lanes, green in 32-bit
+            // lanes; the sums of four fit their lanes.
+            uint64_t top, bottom;
+            std::memcpy(&top, a, 8);
+            std::memcpy(&bottom, b, 8);
+            uint64_t rb = (top & 0x00FF00FF00FF00FFull) + (bottom & 0x00FF00FF00FF00FFull);
+            uint64_t g = ((top >> 8) & 0x000000FF000000FFull) + ((bottom >> 8) & 0x000000FF000000FFull);
+            uint32_t rbSum = uint32_t(rb) + uint32_t(rb >> 32), gSum = uint32_t(g) + uint32_t(g >> 32);
+            o[x] = ((rbSum >> 2) & 0xFF00FFu) | ((gSum << 6) & 0xFF00u);
         }
     }
 }
