@@ -10,6 +10,7 @@
 #include "foundation/host_api.h"
 #include "foundation/numbers.h"
 #include "layouts/layouts.h"
+#include "roomview/overlays.h"
 #include "roomview/scene.h"
 #include "roomview/view_window.h"
 #include "shell/dispatcher.h"
@@ -136,12 +137,13 @@ void destroyPanner(SurroundPanner* p) {
     releaseRoomView(p);
     // 2. Delay lines, last to first.
     releaseDelayLines(p);
-    // 3. The last instance takes the window class, the shared chunk buffer and the label font
-    // with it.
+    // 3. The last instance takes the window class, the shared chunk buffer, the label font and
+    // the speaker sprites with it.
     if (--instanceCount == 0) {
         windowClassUnregister(VIEW_WINDOW_CLASS);
         releaseStateBuffer();
         releaseLabelFont();
+        releaseViewSprites();
     }
     // 4. Gestures, then the grow buffers in reverse order of construction.
     GrowBuffer* containers[CONTAINER_COUNT];
