@@ -38,9 +38,7 @@ struct PaintedRoom {
 
     explicit PaintedRoom(int mode) {
         if (!host) return;
-        for (int i = 0; i < HOST_API_NAME_COUNT; i++)
-            importHostFunction(reinterpret_cast<void**>(reinterpret_cast<char*>(&hostApi) + HOST_API_NAMES[i].slotOffset),
-                               HOST_API_NAMES[i].name, refHostCallback(host));
+        refHostImportServices(host);
         panner = createPanner();
         if (!panner) return;
         applyLayout(panner, 11);  // "7.1.4 surround"
