@@ -229,3 +229,8 @@ bool smallViewMessage(SurroundPanner* p, int message, intptr_t value, void* ptr,
         default: return false;
     }
 }
+
+void releaseRoomViewShared() {
+    releaseViewSprites();
+    releaseSceneLists();
+}

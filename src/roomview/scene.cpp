@@ -622,3 +622,8 @@ void releaseRoomView(SurroundPanner* p) {
         b = nullptr;
     }
 }
+
+void releaseSceneLists() {
+    growBufferFree(&sharedFrameObjects);
+    growBufferFree(&sharedVisibleInputs);
+}
