@@ -235,12 +235,16 @@ TEST_F(PannerTest, PresetsByNameInTheFolderBesideTheIniFile) {
     EXPECT_EQ(std::filesystem::path(path), upper);
     applyLayout(p, 11);
     savePreset(p, "Twin");  // over the old file, in this program's spelling
-    EXPECT_FALSE(std::filesystem::exists(upper));
-    ASSERT_TRUE(std::filesystem::exists(own));
+    EXPECT_EQ(listed(folder), std::vector<std::string>{"Twin"});
+    ASSERT_GT(presetPath("Twin", path, sizeof path), 0);
+    EXPECT_EQ(std::filesystem::path(path), own);
+#if !defined(_WIN32)
+    // Files that differ only in the extension's case can stand side by side here alone.
     savePresetFile(p, upper.string().c_str());
     ASSERT_GT(presetPath("Twin", path, sizeof path), 0);
     EXPECT_EQ(std::filesystem::path(path), own);
     deletePreset("Twin");
+#endif
     deletePreset("Twin");
     EXPECT_TRUE(listed(folder).empty());
     EXPECT_FALSE(loadPreset(p, "Hall"));
