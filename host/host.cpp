@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "foundation/host_api.h"
+#include "host/draw_library.h"
 #include "host/drawing.h"
 
 namespace {
@@ -147,6 +148,8 @@ void offerAllServices(RefHost* host) {
     host->services["__mergesort"] = reinterpret_cast<void*>(&mergesortItems);
     host->services["MIRQ_CreateBitmap"] = reinterpret_cast<void*>(&hostCreateBitmap);
     host->services["MIRQ_CreateFont"] = reinterpret_cast<void*>(&hostCreateFont);
+    for (int i = 0; i < HOST_DRAWING_SERVICE_COUNT; i++)
+        host->services[HOST_DRAWING_SERVICES[i].name] = HOST_DRAWING_SERVICES[i].function;
 }
 
 std::string unescape(const std::string& text) {
@@ -226,6 +229,12 @@ bool refHostLoadTranslations(RefHost* host, const char* path, int* badLine) {
             unescape(line.substr(b + 1));
     }
     return true;
+}
+
+void refHostImportServices(RefHost* host) {
+    for (int i = 0; i < HOST_API_NAME_COUNT; i++)
+        importHostFunction(reinterpret_cast<void**>(reinterpret_cast<char*>(&hostApi) + HOST_API_NAMES[i].slotOffset),
+                           HOST_API_NAMES[i].name, refHostCallback(host));
 }
 
 std::vector<AudioMasterCall> refHostCalls(RefHost* host) {

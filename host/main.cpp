@@ -15,6 +15,7 @@
 #include "host/session.h"
 #include "host/test_scene.h"
 #include "host/validate.h"
+#include "host/view.h"
 #include "layouts/layouts.h"
 #include "shell/panner.h"
 
@@ -74,6 +75,17 @@ const CommandHelp COMMAND_HELP[] = {
     {"layouts",
      "  layouts\n"
      "      every built-in layout with its speakers, in order\n"},
+    {"view",
+     "  view OUT.png [options]\n"
+     "      draw the room view of an instance of the plugin into a PNG file\n"
+     "      --plugin PATH       the plugin binary (default: the one beside this program)\n"
+     "      --layout NAME | --preset FILE | --state FILE   the speakers, or a whole state\n"
+     "      --channels N        the channel count the host reports (default 2)\n"
+     "      --mode M            top (default), sides, orbit, or small (the host's small view)\n"
+     "      --size WxH          the view's size in pixels (default 520x520)\n"
+     "      --scale S           256 (default) or 512: the window's scale, or the small bitmap's\n"
+     "      --yaw DEG --pitch DEG   the orbit camera\n"
+     "      --select LIST       inputs to select, numbers from 1: 1,3\n"},
     {"preset",
      "  preset list [--ini FILE]\n"
      "  preset save NAME (--layout NAME | --state FILE) [--force] [--ini FILE]\n"
@@ -221,6 +233,7 @@ int main(int argc, char** argv) {
     if (command == "render-test-scene") return commandRenderTestScene(n, rest);
     if (command == "layouts") return commandLayouts(n, rest);
     if (command == "render") return commandRender(n, rest, defaultPluginPath(argv[0]).c_str());
+    if (command == "view") return commandView(n, rest, defaultPluginPath(argv[0]).c_str());
     if (command == "preset") return commandPreset(n, rest, defaultPluginPath(argv[0]).c_str());
     return fail("unknown command '" + command + "' (try --help)");
 }

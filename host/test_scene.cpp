@@ -16,6 +16,7 @@
 #include "renderer/geometry.h"
 #include "renderer/material.h"
 #include "renderer/mesh_builders.h"
+#include "roomview/scene.h"
 
 namespace {
 
@@ -103,8 +104,8 @@ void buildScene(Scene* s) {
     setColour(s->shade.diffuse, 0.9, 0.8, 0.5);
     s->opaque.push_back(placed(makeBox(0.3, 0.3, 1.4, &s->shade), 1.4, 0.8, 1.6, 10, -25, 0));
 
-    // A disc on the floor, unlit and added; then a see-through dome over it: the first 899
-    // faces of a 31 by 31 sphere are its upper half.
+    // A disc on the floor, unlit and added; then a see-through dome over it, the room view's
+    // half sphere.
     materialInit(&s->disc);
     s->disc.lit = 0;
     s->disc.cullBack = 0;
@@ -118,12 +119,7 @@ void buildScene(Scene* s) {
     s->dome.cullBack = 0;
     s->dome.opacity = 0.5;
     setColour(s->dome.diffuse, 0.6, 0.65, 1.0);
-    Mesh* dome = placed(makeSphere(0.7, 31, 31, &s->dome), -0.3, 1.5, 1.3, 180, 0, 0);
-    if (dome) {
-        growBufferResize(&dome->vertices, 899 * sizeof(Vertex));
-        growBufferResize(&dome->faces, 899 * sizeof(Face));
-    }
-    s->blended.push_back(dome);
+    s->blended.push_back(placed(makeHalfSphere(0.7, &s->dome), -0.3, 1.5, 1.3, 180, 0, 0));
 
     // A lamp under the ceiling that fades with distance, a directional light, a warm glow.
     s->lamp.set(LIGHT_FALLOFF | LIGHT_ANGLE, 0.2, -1.2, 0.6, 0.95, 0.92, 0.85, 4.5);

@@ -11,9 +11,11 @@
 #include "foundation/numbers.h"
 #include "layouts/layouts.h"
 #include "platform/platform.h"
+#include "roomview/paint.h"
 #include "shell/panner.h"
 #include "shell/parameters.h"
 #include "shell/state_chunk.h"
+#include "shell/theme.h"
 
 const char* const EFFECT_NAME = "KelvanePan";
 const char* const VENDOR_NAME = "Tarnwick";
@@ -254,7 +256,9 @@ intptr_t vendorSpecific(SurroundPanner* p, int32_t index, intptr_t value, void* 
             return VENDOR_DONE;
         }
         case VENDOR_CHANNEL_NOTICE: channelNotice(p, value); return 0;
-        case VENDOR_VIEW: return embeddedView(p, int(opt), ptr);
+        case VENDOR_VIEW:
+            if (intptr_t r = 0; smallViewMessage(p, int(opt), value, ptr, themeColours, &r)) return r;
+            return embeddedView(p, int(opt), ptr);
         case VENDOR_READ_NAMED:
             if (!ptr || !value) return 0;
             return readNamed(p, reinterpret_cast<const char*>(value), static_cast<char*>(ptr), int(opt));
