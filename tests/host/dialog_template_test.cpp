@@ -103,7 +103,8 @@ TEST(DialogTemplateTest, TheDllTemplateMatchesTheControlTable) {
         EXPECT_EQ(id, want.id);
         EXPECT_EQ(exStyle, 0u);
         EXPECT_EQ(style, want.style | STYLE_CHILD | STYLE_VISIBLE);
-        EXPECT_EQ(cls, want.className);
+        // The resource compiler writes class names in capitals; the system matches them in any case.
+        EXPECT_EQ(_stricmp(cls.c_str(), want.className), 0) << cls << " for " << want.className;
         EXPECT_EQ(text, want.text);
         EXPECT_EQ(x, want.x);
         EXPECT_EQ(y, want.y);
