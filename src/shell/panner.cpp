@@ -4,6 +4,7 @@
 #include <cstring>
 #include <type_traits>
 
+#include "editor/dialog_frame.h"
 #include "engine/audio_block.h"
 #include "engine/speaker_analysis.h"
 #include "foundation/font.h"
@@ -129,6 +130,7 @@ SurroundPanner* createPanner() {
 void destroyPanner(SurroundPanner* p) {
     if (!p) return;
     // 1. The editor window belongs to the dialog, which closes it.
+    editorClose(p);
     p->editorWindow = nullptr;
     // 2. Delay lines, last to first.
     releaseDelayLines(p);
