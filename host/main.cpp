@@ -5,6 +5,7 @@
 #include <cstring>
 #include <string>
 
+#include "host/edit.h"
 #include "host/host.h"
 #include "host/inspect.h"
 #include "host/loader.h"
@@ -54,7 +55,10 @@ const char* const USAGE =
     "  preset delete NAME [--ini FILE]\n"
     "      speaker presets in the folder SpeakerSetups beside the host's ini file (default:\n"
     "      kelvane-host/kelvane-host.ini in the user's configuration folder); load puts one into\n"
-    "      a fresh instance of the plugin and prints the speakers it then has\n";
+    "      a fresh instance of the plugin and prints the speakers it then has\n"
+    "  edit [PLUGIN] [--channels N] [--layout NAME] [--capture OUT.png [--after MS]]\n"
+    "      the plugin's editor in a window of the host (Windows); with --capture, a picture of it\n"
+    "      after MS milliseconds (default 1000), and the window closes\n";
 
 int fail(const std::string& message) {
     std::fprintf(stderr, "kelvane-host: %s\n", message.c_str());
@@ -158,6 +162,7 @@ int main(int argc, char** argv) {
     if (command == "state") return commandState(argc - 2, argv + 2);
     if (command == "render-test-scene") return commandRenderTestScene(argc - 2, argv + 2);
     if (command == "render") return commandRender(argc - 2, argv + 2, defaultPluginPath(argv[0]).c_str());
+    if (command == "edit") return commandEdit(argc - 2, argv + 2, defaultPluginPath(argv[0]).c_str());
     if (command == "preset") return commandPreset(argc - 2, argv + 2, defaultPluginPath(argv[0]).c_str());
     return fail("unknown command '" + command + "' (try --help)");
 }
