@@ -73,7 +73,7 @@ int commandEdit(int argc, char** argv, const char* defaultPlugin) {
     if (sessionInputCount(&s) != o.channels) sessionWriteNamed(&s, "NUMCHANNELS", std::to_string(o.channels));
 
     EditorHost h{};
-    if (!editorHostOpen(&h, s.effect, &error)) {
+    if (!editorHostOpen(&h, s.effect, o.capture.empty(), &error)) {
         sessionClose(&s);
         return fail(error);
     }

@@ -46,15 +46,16 @@ void fitToEditor(HWND window, AEffect* effect) {
 
 }  // namespace
 
-bool editorHostOpen(EditorHost* h, AEffect* effect, std::string* error) {
+bool editorHostOpen(EditorHost* h, AEffect* effect, bool framed, std::string* error) {
     h->window = nullptr;
     h->effect = effect;
     if (!hostControlsRegister() || !registerHostWindow()) {
         *error = "the host's window classes cannot be registered";
         return false;
     }
-    HWND window = CreateWindowExW(0, HOST_WINDOW_CLASS, L"KelvanePan", WS_OVERLAPPED | WS_CAPTION | WS_SYSMENU | WS_CLIPCHILDREN,
-                                  0, 0, 640, 480, nullptr, nullptr, GetModuleHandleW(nullptr), nullptr);
+    DWORD style = (framed ? WS_OVERLAPPED | WS_CAPTION | WS_SYSMENU : WS_POPUP) | WS_CLIPCHILDREN;
+    HWND window = CreateWindowExW(0, HOST_WINDOW_CLASS, L"KelvanePan", style, 0, 0, 640, 480, nullptr, nullptr,
+                                  GetModuleHandleW(nullptr), nullptr);
     if (!window) {
         *error = "no window can be made (is there a display?)";
         return false;

@@ -114,3 +114,19 @@ bool dialogControlAt(int index, DialogControl* out) {
                          int16_t(STRIP_TEMPLATE_TOP + STRIP_TEMPLATE_STEP * row), f.w, f.h};
     return true;
 }
+
+const DebouncedEdit DEBOUNCED_EDITS[] = {
+    {1257, 2},                        // the value row
+    {1231, 3},                        // input count
+    {1222, 4},                        // speaker count
+    {1027, 5}, {1028, 5},             // Center and Side
+    {1035, 6}, {1036, 6}, {1037, 6},  // X, Y, Z
+    {1038, 7}, {1039, 7},             // the two angles
+};
+const int DEBOUNCED_EDIT_COUNT = int(sizeof DEBOUNCED_EDITS / sizeof DEBOUNCED_EDITS[0]);
+
+int debounceTimerFor(int32_t id) {
+    for (const DebouncedEdit& e : DEBOUNCED_EDITS)
+        if (e.id == id) return e.timer;
+    return 0;
+}

@@ -138,3 +138,16 @@ inline int32_t stripControlId(int role, int row) { return STRIP_FAMILIES[role].f
 // index 0 .. dialogControlTotal() - 1 and returns true; false past the end.
 int dialogControlTotal();
 bool dialogControlAt(int index, DialogControl* out);
+
+// The number fields that take effect a second after the last key, each with its timer; several
+// fields that apply together share one.
+struct DebouncedEdit {
+    int32_t id;
+    int32_t timer;
+};
+extern const DebouncedEdit DEBOUNCED_EDITS[];
+extern const int DEBOUNCED_EDIT_COUNT;
+constexpr int DEBOUNCE_MS = 1000;
+
+// [any thread] The debounce timer of an edit control, 0 for a control that has none.
+int debounceTimerFor(int32_t id);

@@ -390,6 +390,14 @@ void destroyDialog(SurroundPanner* p, HWND dialog) {
     freeStripSkins(p);
 }
 
+// Typing into a number field starts its timer again; only keys count, not the dialog's own writes.
+void command(HWND dialog, WPARAM wParam) {
+    int timer = HIWORD(wParam) == EN_CHANGE ? debounceTimerFor(LOWORD(wParam)) : 0;
+    if (!timer || controlsUpdating > 0) return;
+    KillTimer(dialog, UINT_PTR(timer));
+    SetTimer(dialog, UINT_PTR(timer), DEBOUNCE_MS, nullptr);
+}
+
 INT_PTR memberProc(SurroundPanner* p, HWND dialog, UINT message, WPARAM wParam, LPARAM) {
     switch (message) {
         case WM_INITDIALOG:
@@ -399,7 +407,15 @@ INT_PTR memberProc(SurroundPanner* p, HWND dialog, UINT message, WPARAM wParam, 
             destroyDialog(p, dialog);
             return 0;
         case WM_TIMER:
-            if (wParam == TIMER_TICK) tick(p, dialog);
+            if (wParam == TIMER_TICK) {
+                tick(p, dialog);
+            } else if (wParam >= 2 && wParam <= 7) {
+                // A debounce fires once; applying what the field holds is the selected-channel controls' work.
+                KillTimer(dialog, wParam);
+            }
+            return 0;
+        case WM_COMMAND:
+            command(dialog, wParam);
             return 0;
         case WM_PAINT:
             paint(p, dialog);
@@ -454,7 +470,11 @@ intptr_t editorOpen(SurroundPanner* p, void* parent) {
 }
 
 void editorClose(SurroundPanner* p) {
-    if (p->editorWindow) DestroyWindow(static_cast<HWND>(p->editorWindow));
+    HWND dialog = static_cast<HWND>(p->editorWindow);
+    if (!dialog) return;
+    // Hidden first, the children go without a repaint of what lies under each of them.
+    ShowWindow(dialog, SW_HIDE);
+    DestroyWindow(dialog);
 }
 
 void editorRect(SurroundPanner* p, ERect* rect) {

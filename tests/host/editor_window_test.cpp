@@ -46,7 +46,7 @@ struct EditorWindowTest : ::testing::Test {
         if (!s.effect) return false;
         EXPECT_TRUE(sessionApplyLayout(&s, id, &error)) << error;
         if (sessionInputCount(&s) != inputs) sessionWriteNamed(&s, "NUMCHANNELS", std::to_string(inputs));
-        opened = editorHostOpen(&h, s.effect, &error);
+        opened = editorHostOpen(&h, s.effect, false, &error);
         if (!opened && error.find("display") != std::string::npos) return false;
         EXPECT_TRUE(opened) << error;
         return opened;
