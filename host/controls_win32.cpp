@@ -65,6 +65,16 @@ bool attachRecord(HWND window, UINT message) {
     return true;
 }
 
+// A drag of a fader or knob ends with the button's release or the loss of the capture; true when
+// one was running.
+bool endDrag(HWND window, Control* c, UINT message) {
+    if (!c->dragging) return false;
+    c->dragging = false;
+    if (message == WM_LBUTTONUP) ReleaseCapture();
+    InvalidateRect(window, nullptr, FALSE);
+    return true;
+}
+
 // ---- fader ----
 
 int faderPositionAt(HWND window, const Control* c, int x) {
@@ -151,11 +161,7 @@ LRESULT faderMessage(HWND window, Control* c, UINT message, WPARAM wParam, LPARA
             return 0;
         case WM_LBUTTONUP:
         case WM_CAPTURECHANGED:
-            if (!c->dragging) return 0;
-            c->dragging = false;
-            if (message == WM_LBUTTONUP) ReleaseCapture();
-            InvalidateRect(window, nullptr, FALSE);
-            faderReport(window, c, SB_ENDSCROLL);
+            if (endDrag(window, c, message)) faderReport(window, c, SB_ENDSCROLL);
             return 0;
     }
     return DefWindowProcW(window, message, wParam, lParam);
@@ -207,11 +213,8 @@ LRESULT knobMessage(HWND window, Control* c, UINT message, WPARAM wParam, LPARAM
         }
         case WM_LBUTTONUP:
         case WM_CAPTURECHANGED:
-            if (!c->dragging) return 0;
-            c->dragging = false;
-            if (message == WM_LBUTTONUP) ReleaseCapture();
-            notifyParent(window, WM_COMMAND, MAKEWPARAM(id, 0), LPARAM(HOSTCTL_KNOB_NO_MOVE));
-            InvalidateRect(window, nullptr, FALSE);
+            if (endDrag(window, c, message))
+                notifyParent(window, WM_COMMAND, MAKEWPARAM(id, 0), LPARAM(HOSTCTL_KNOB_NO_MOVE));
             return 0;
     }
     return DefWindowProcW(window, message, wParam, lParam);

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cwchar>
 #include <string>
 
 #include "editor/dialog_controls.h"
@@ -38,8 +39,6 @@ const AccessText ACCESS_TEXTS[] = {
     {1257, "Gain"},           {1035, "X position"}, {1036, "Y position"}, {1037, "Z position"},
     {1038, "X Y degrees"},    {1039, "Z degrees"},
 };
-
-const int32_t UTF8_COMBOS[] = {1128, 1129, 1130, 1131, 1277, 1279, 1281, 1283};
 
 // The families of each list, for showing and hiding rows.
 const int INPUT_FAMILIES[] = {STRIP_INPUT_MUTE,      STRIP_INPUT_SOLO,      STRIP_INPUT_METER, STRIP_INPUT_REVERSE_X,
@@ -337,9 +336,7 @@ void initDialog(SurroundPanner* p, HWND dialog) {
     if (p->dpiScale < 1) p->dpiScale = 256;
     // 2. Screen-reader texts
     setAccessTexts(dialog, false);
-    // 3. The lists take their texts as UTF-8 through the wide calls.
-    for (int32_t id : UTF8_COMBOS) SendDlgItemMessageW(dialog, id, CB_RESETCONTENT, 0, 0);
-    // 4. Layouts
+    // 3, 4. Layouts; every list text goes in through the wide calls, converted from UTF-8.
     for (int k = 0; k < 20; k++) {
         const LayoutRow* row = layoutRow(LAYOUT_MENU_ORDER[k]);
         comboAdd(dialog, IDC_LAYOUT_LIST, row ? localize(row->name, SECTION, 0) : "");

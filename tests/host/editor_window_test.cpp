@@ -1,8 +1,23 @@
 // The plugin's editor in a host window under a real window system: the strips laid out for the
 // channel counts, paging shown only beyond 16 channels, a clean close and a second open. Each
 // editor is captured to editor-captures/ beside the build's bin folder for review. Windows builds
-// only; needs a display (Xvfb under wine) and is skipped, saying so, without one.
-#if defined(_WIN32)
+// need a display (Xvfb under wine) and skip, saying so, without one; on Linux kelvane-host edit
+// only says that the editor is a Windows dialog.
+#if !defined(_WIN32)
+#include <gtest/gtest.h>
+
+#include "tool_run.h"
+
+TEST(EditorWindowTest, OnLinuxEditSaysInOneLineThatTheEditorIsAWindowsDialog) {
+    TempDir dir;
+    ToolResult r = runTool(dir, "edit --channels 8 --capture " + shellQuote(dir.file("x.png")));
+    EXPECT_EQ(r.code, 2);
+    EXPECT_EQ(r.out, "");
+    EXPECT_NE(r.err.find("Windows dialog"), std::string::npos) << r.err;
+    EXPECT_EQ(r.err.find('\n'), r.err.size() - 1) << "one line";
+    EXPECT_FALSE(std::filesystem::exists(dir.file("x.png")));
+}
+#else
 #include <gtest/gtest.h>
 #include <windows.h>
 
@@ -31,6 +46,38 @@ int visibleRows(HWND dialog, int role) {
     int n = 0;
     for (int r = 0; r < STRIP_ROWS; r++) n += shown(dialog, stripControlId(role, r));
     return n;
+}
+
+// Host services for a host at 200 % that wraps dialog procedures, as a translating host does: the
+// wrapper takes the plugin's procedure and parameter from the record it was handed.
+int doubleScale(void*) { return 512; }
+
+struct PrepareCall {
+    std::string prefix;
+    void* module;
+    uintptr_t id;
+    void* param;
+    int size;
+    void* fifth;
+};
+PrepareCall prepared;
+DLGPROC wrappedProc;
+
+INT_PTR CALLBACK wrapperProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_INITDIALOG) {
+        void** record = reinterpret_cast<void**>(lParam);
+        wrappedProc = reinterpret_cast<DLGPROC>(record[0]);
+        lParam = LPARAM(record[1]);
+    }
+    return wrappedProc ? wrappedProc(window, message, wParam, lParam) : 0;
+}
+
+void* prepareDialog(const char* prefix, void* module, const char* id, void* proc, void* param, void* buffer, int size) {
+    void** record = static_cast<void**>(buffer);
+    prepared = PrepareCall{prefix ? prefix : "", module, uintptr_t(id), param, size, record[4]};
+    record[0] = proc;
+    record[1] = param;
+    return reinterpret_cast<void*>(&wrapperProc);
 }
 
 struct EditorWindowTest : ::testing::Test {
@@ -151,5 +198,39 @@ TEST_F(EditorWindowTest, CloseFreesEverythingAndASecondOpenStartsClean) {
         editorHostRun(&h, 120);
         EXPECT_NE(p->editorStamps[0], 0u) << "the tick ran";
     }
+}
+
+TEST_F(EditorWindowTest, AScaledHostThatWrapsTheProcedureGetsScaledStrips) {
+    // The session by hand, so that the services are in place before the plugin binds the host.
+    ASSERT_TRUE(pluginLibraryOpen(&s.library, pluginPath().c_str())) << s.library.error;
+    s.host = refHostCreate();
+    s.host->channelCount = 4;
+    refHostSetService(s.host, "GetWindowDPIScalingForDialog", reinterpret_cast<void*>(&doubleScale));
+    refHostSetService(s.host, "__localizePrepareDialog", reinterpret_cast<void*>(&prepareDialog));
+    s.effect = s.library.main(refHostCallback(s.host));
+    ASSERT_NE(s.effect, nullptr);
+    s.effect->dispatcher(s.effect, effOpen, 0, 0, nullptr, 0.0f);
+    wrappedProc = nullptr;
+    std::string error;
+    opened = editorHostOpen(&h, s.effect, false, &error);
+    if (!opened && error.find("display") != std::string::npos) GTEST_SKIP() << "no window can be made here (no display)";
+    ASSERT_TRUE(opened) << error;
+    EXPECT_EQ(prepared.prefix, "kelvanepan_");
+    EXPECT_EQ(prepared.id, uintptr_t(DIALOG_TEMPLATE_ID));
+    EXPECT_EQ(prepared.size, 5);
+    EXPECT_EQ(prepared.fifth, nullptr);
+    EXPECT_EQ(prepared.param, s.effect->object);
+    EXPECT_NE(wrappedProc, nullptr) << "the dialog ran through the host's wrapper";
+
+    HWND dialog = static_cast<HWND>(editorHostDialog(&h));
+    SurroundPanner* p = panner();
+    EXPECT_EQ(p->dpiScale, 512);
+    PixelRect mute0 = rectOf(dialog, stripControlId(STRIP_INPUT_MUTE, 0));
+    PixelRect mute1 = rectOf(dialog, stripControlId(STRIP_INPUT_MUTE, 1));
+    EXPECT_EQ(mute0.w, 24);
+    EXPECT_EQ(mute0.h, 24);
+    EXPECT_EQ(mute1.y - mute0.y, 32);
+    EXPECT_EQ(rectOf(dialog, stripControlId(STRIP_SPEAKER_METER, 0)).h, 12);
+    EXPECT_EQ(rectOf(dialog, IDC_INPUT_GROUP).h, 4 * 32 + 64);
 }
 #endif
