@@ -54,6 +54,23 @@ constexpr const char* CLASS_FADER = "BRASSELhfader";
 constexpr const char* CLASS_METER = "BRASSELhorzvu";
 constexpr const char* CLASS_HOT_BUTTON = "HotTrackButton";
 
+// Messages the dialog sends to the host's controls, with the fixed values it sends.
+enum : uint32_t {
+    CTL_FADER_GET_POS = 0x400,
+    CTL_FADER_SET_TIC = 0x404,
+    CTL_FADER_SET_POS = 0x405,
+    CTL_FADER_SET_RANGE = 0x406,
+    CTL_FADER_CAPTION = 0x2B0F,  // wParam 1: a caption; wParam 0: greyed (1) or normal (0)
+    CTL_KNOB_MODE = 0x7EA,
+    CTL_KNOB_GRAB_MESSAGE = 0x7EE,
+    CTL_METER_CONFIG = 0x1EF4,
+    CTL_METER_PEAKS = 0x7F3,
+};
+constexpr int CTL_FADER_RANGE = 1000 << 16;  // 0 .. 1000
+constexpr int CTL_KNOB_MODE_VALUE = 3;
+constexpr int CTL_METER_CONFIG_VALUE = 6;
+constexpr uintptr_t CTL_SKIN_IMAGE_TYPE = 0x8001;  // BM_SETIMAGE with a ButtonSkin
+
 // Control ids the dialog code names.
 enum : int32_t {
     IDC_INPUT_GROUP = 1000,

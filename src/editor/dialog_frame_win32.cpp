@@ -99,10 +99,10 @@ void placeRows(SurroundPanner* p, HWND dialog) {
             HWND w = item(dialog, stripControlId(f, r));
             SetWindowPos(w, nullptr, rows[f][r].x, rows[f][r].y, rows[f][r].w, rows[f][r].h, MOVE_FLAGS);
             if (f == STRIP_INPUT_FADER || f == STRIP_SPEAKER_FADER) {
-                SendMessageW(w, 0x406, 0, LPARAM(1000 << 16));
-                SendMessageW(w, 0x404, 0, centre);
+                SendMessageW(w, CTL_FADER_SET_RANGE, 0, CTL_FADER_RANGE);
+                SendMessageW(w, CTL_FADER_SET_TIC, 0, centre);
             } else if (f == STRIP_INPUT_METER || f == STRIP_SPEAKER_METER) {
-                SendMessageW(w, 0x1EF4, 0, 6);
+                SendMessageW(w, CTL_METER_CONFIG, 0, CTL_METER_CONFIG_VALUE);
             }
         }
 }
@@ -165,14 +165,14 @@ int inputFaderPosition(const PanInput& in, int mode) {
     }
 }
 
-void setSkin(HWND dialog, int id, ButtonSkin* skin) { SendDlgItemMessageW(dialog, id, BM_SETIMAGE, 0x8001, LPARAM(skin)); }
+void setSkin(HWND dialog, int id, ButtonSkin* skin) { SendDlgItemMessageW(dialog, id, BM_SETIMAGE, CTL_SKIN_IMAGE_TYPE, LPARAM(skin)); }
 
 void refreshStrips(SurroundPanner* p, HWND dialog) {
     StripControls& skins = p->stripControls;
     int inputMode = int(p->uiFlags & 0xF), speakerMode = int(p->uiFlags >> 4 & 0xF);
     int dim = (p->uiFlags & FLAG_IGNORE_REVERSE) ? 2 : 0;
     int centre = inputMode <= 1 ? sliderOfDb(0.0) : 0;
-    for (int r = 0; r < STRIP_ROWS; r++) SendDlgItemMessageW(dialog, stripControlId(STRIP_INPUT_FADER, r), 0x404, 0, centre);
+    for (int r = 0; r < STRIP_ROWS; r++) SendDlgItemMessageW(dialog, stripControlId(STRIP_INPUT_FADER, r), CTL_FADER_SET_TIC, 0, centre);
     for (int r = 0; r < STRIP_ROWS; r++) {
         int i = p->firstInputStrip + r;
         if (i < 0 || i >= inputCount(p)) continue;
@@ -182,19 +182,19 @@ void refreshStrips(SurroundPanner* p, HWND dialog) {
         setSkin(dialog, stripControlId(STRIP_INPUT_REVERSE_X, r), &skins.reverseX[(in.reverseX ? 1 : 0) + dim]);
         setSkin(dialog, stripControlId(STRIP_INPUT_REVERSE_Y, r), &skins.reverseY[(in.reverseY ? 1 : 0) + dim]);
         setSkin(dialog, stripControlId(STRIP_INPUT_REVERSE_Z, r), &skins.reverseZ[(in.reverseZ ? 1 : 0) + dim]);
-        SendDlgItemMessageW(dialog, stripControlId(STRIP_INPUT_FADER, r), 0x405, 1, inputFaderPosition(in, inputMode));
+        SendDlgItemMessageW(dialog, stripControlId(STRIP_INPUT_FADER, r), CTL_FADER_SET_POS, 1, inputFaderPosition(in, inputMode));
     }
     centre = speakerMode == 1 ? 500 : sliderOfDb(0.0);
     for (int r = 0; r < STRIP_ROWS; r++) {
         HWND fader = item(dialog, stripControlId(STRIP_SPEAKER_FADER, r));
-        SendMessageW(fader, 0x404, 0, centre);
+        SendMessageW(fader, CTL_FADER_SET_TIC, 0, centre);
         int s = p->firstSpeakerStrip + r;
         if (s < 0 || s >= speakerCount(p)) continue;
         const PanSpeaker& sp = speakerRecords(p)[s];
         setSkin(dialog, stripControlId(STRIP_SPEAKER_MUTE, r), &skins.mute[sp.mute ? 1 : 0]);
         setSkin(dialog, stripControlId(STRIP_SPEAKER_SOLO, r), &skins.solo[sp.solo ? 1 : 0]);
         int position = speakerMode == 1 ? int(sharedLoad(sp.influence) * 500.0) : sliderOfDb(ampToDb(sharedLoad(sp.gain)));
-        SendMessageW(fader, 0x405, 1, position);
+        SendMessageW(fader, CTL_FADER_SET_POS, 1, position);
     }
 }
 
@@ -218,7 +218,7 @@ void refreshMeters(SurroundPanner* p, HWND dialog) {
         if (channel >= (speaker ? speakerCount(p) : inputCount(p))) continue;
         double dB = ampToDb(sharedLoad(p->meterPeaks[k]));
         double peaks[2] = {dB, dB};
-        SendDlgItemMessageW(dialog, stripControlId(speaker ? STRIP_SPEAKER_METER : STRIP_INPUT_METER, row), 0x7F3, 0,
+        SendDlgItemMessageW(dialog, stripControlId(speaker ? STRIP_SPEAKER_METER : STRIP_INPUT_METER, row), CTL_METER_PEAKS, 0,
                             LPARAM(peaks));
     }
 }
@@ -350,14 +350,14 @@ void initDialog(SurroundPanner* p, HWND dialog) {
     for (const char* text : {"Gain", "LFE", "Divergence", "Delay"}) comboAdd(dialog, IDC_INPUT_MODE_LIST, localize(text, SECTION, 0));
     for (const char* text : {"Gain", "Influence"}) comboAdd(dialog, IDC_SPEAKER_MODE_LIST, localize(text, SECTION, 0));
     // 8. Center and Side
-    SendDlgItemMessageW(dialog, IDC_CENTER_FADER, 0x2B0F, 1, LPARAM(localize("Center %", SECTION, 0)));
-    SendDlgItemMessageW(dialog, IDC_SIDE_FADER, 0x2B0F, 1, LPARAM(localize("Side %", SECTION, 0)));
-    SendDlgItemMessageW(dialog, IDC_CENTER_FADER, 0x404, 0, 1000);
-    SendDlgItemMessageW(dialog, IDC_SIDE_FADER, 0x404, 0, 1000);
+    SendDlgItemMessageW(dialog, IDC_CENTER_FADER, CTL_FADER_CAPTION, 1, LPARAM(localize("Center %", SECTION, 0)));
+    SendDlgItemMessageW(dialog, IDC_SIDE_FADER, CTL_FADER_CAPTION, 1, LPARAM(localize("Side %", SECTION, 0)));
+    SendDlgItemMessageW(dialog, IDC_CENTER_FADER, CTL_FADER_SET_TIC, 0, 1000);
+    SendDlgItemMessageW(dialog, IDC_SIDE_FADER, CTL_FADER_SET_TIC, 0, 1000);
     // 9. Knobs of the edit rows
     for (int k = 0; k < 3; k++) {
-        SendDlgItemMessageW(dialog, IDC_EDIT_ROW_KNOB_1 + k, 0x7EA, 3, 0);
-        SendDlgItemMessageW(dialog, IDC_EDIT_ROW_KNOB_1 + k, 0x7EE, 0x7EE, 0);
+        SendDlgItemMessageW(dialog, IDC_EDIT_ROW_KNOB_1 + k, CTL_KNOB_MODE, CTL_KNOB_MODE_VALUE, 0);
+        SendDlgItemMessageW(dialog, IDC_EDIT_ROW_KNOB_1 + k, CTL_KNOB_GRAB_MESSAGE, MSG_KNOB_GRAB, 0);
     }
     // 10. Button skins
     buildStripSkins(p, scaled(12, p->dpiScale), faceColour());
