@@ -284,7 +284,8 @@ void paintBackground(HWND dialog, const PAINTSTRUCT* ps) {
 }
 
 void paint(SurroundPanner* p, HWND dialog) {
-    if (hostApi.GetWindowDPIScalingForDialog) p->dpiScale = hostApi.GetWindowDPIScalingForDialog(dialog);
+    int scale = hostApi.GetWindowDPIScalingForDialog ? hostApi.GetWindowDPIScalingForDialog(dialog) : 0;
+    if (scale > 0) p->dpiScale = scale;
     int rowH = p->dpiScale * 16 / 256;
     int width = std::max(p->dialogMetrics[METRIC_INPUT_NAME_WIDTH], p->dialogMetrics[METRIC_SPEAKER_NAME_WIDTH]);
     int height = rowH * 2 * STRIP_ROWS;
