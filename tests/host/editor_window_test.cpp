@@ -22,11 +22,14 @@ TEST(EditorWindowTest, OnLinuxEditSaysInOneLineThatTheEditorIsAWindowsDialog) {
 #include <windows.h>
 
 #include <algorithm>
+#include <cmath>
+#include <vector>
 #include <string>
 
 #include "editor/dialog_controls.h"
 #include "editor/dialog_layout.h"
 #include "engine/instance.h"
+#include "host/controls.h"
 #include "host/editor_host.h"
 #include "host/session.h"
 #include "tests/host/plugin_paths.h"
@@ -80,6 +83,22 @@ void* prepareDialog(const char* prefix, void* module, const char* id, void* proc
     return reinterpret_cast<void*>(&wrapperProc);
 }
 
+// A few blocks of a half-scale tone on every input, so that the meters have something to show.
+void playBlocks(AEffect* effect, int inputs, int speakers) {
+    constexpr int FRAMES = 512;
+    using Channels = std::vector<std::vector<double>>;
+    Channels in = Channels(size_t(inputs), std::vector<double>(FRAMES, 0.0));
+    Channels out = Channels(size_t(speakers), std::vector<double>(FRAMES, 0.0));
+    std::vector<double*> inPtr, outPtr;
+    for (auto& c : in) inPtr.push_back(c.data());
+    for (auto& c : out) outPtr.push_back(c.data());
+    for (int block = 0; block < 4; block++) {
+        for (auto& c : in)
+            for (int f = 0; f < FRAMES; f++) c[size_t(f)] = 0.5 * std::sin(0.05 * (block * FRAMES + f));
+        effect->processDoubleReplacing(effect, inPtr.data(), outPtr.data(), FRAMES);
+    }
+}
+
 struct EditorWindowTest : ::testing::Test {
     PluginSession s{};
     EditorHost h{};
@@ -114,6 +133,7 @@ TEST_F(EditorWindowTest, StripsFollowTheCountsAndPicturesAreKept) {
         for (const char* layout : layouts) {
             SCOPED_TRACE(std::to_string(inputs) + " inputs into " + layout);
             if (!open(inputs, layout)) GTEST_SKIP() << "no window can be made here (no display)";
+            playBlocks(s.effect, inputs, sessionSpeakerCount(&s));
             editorHostRun(&h, 150);
             HWND dialog = static_cast<HWND>(editorHostDialog(&h));
             ASSERT_NE(dialog, nullptr);
@@ -152,6 +172,11 @@ TEST_F(EditorWindowTest, StripsFollowTheCountsAndPicturesAreKept) {
             int lower = std::max(group.y + group.h, rectOf(dialog, IDC_SPEAKER_GROUP).y + rectOf(dialog, IDC_SPEAKER_GROUP).h);
             EXPECT_EQ(client.bottom, lower + 4 + 28);
             EXPECT_NE(p->nameStripBitmap, nullptr) << "the first paint makes the name columns";
+            // The tick feeds the meters of the rows with a channel: input 0 plays at half scale.
+            HostControlState meter{};
+            ASSERT_TRUE(hostControlState(GetDlgItem(dialog, stripControlId(STRIP_INPUT_METER, 0)), &meter));
+            EXPECT_NEAR(meter.peakLeft, -6.0, 3.0);
+            EXPECT_EQ(meter.peakLeft, meter.peakRight);
 
             std::vector<unsigned char> png = editorHostCapture(&h);
             EXPECT_FALSE(png.empty());
