@@ -25,11 +25,13 @@ TEST(EditorWindowTest, OnLinuxEditSaysInOneLineThatTheEditorIsAWindowsDialog) {
 #include <cmath>
 #include <vector>
 #include <string>
+#include <utility>
 
 #include "editor/dialog_controls.h"
 #include "editor/dialog_layout.h"
 #include "engine/instance.h"
 #include "host/controls.h"
+#include "host/drawing.h"
 #include "host/editor_host.h"
 #include "host/session.h"
 #include "tests/host/plugin_paths.h"
@@ -83,6 +85,30 @@ void* prepareDialog(const char* prefix, void* module, const char* id, void* proc
     return reinterpret_cast<void*>(&wrapperProc);
 }
 
+// The host's bitmaps behind a counter, so that a test sees every one the plugin lets go.
+int liveBitmaps = 0;
+struct CountingBitmap final : MIRQ_IBitmap {
+    MIRQ_IBitmap* inner;
+    explicit CountingBitmap(MIRQ_IBitmap* bitmap) : inner(bitmap) { liveBitmaps++; }
+    ~CountingBitmap() {
+        mirqDestroy(inner);
+        liveBitmaps--;
+    }
+    void* destroySelf(unsigned flags) override { return mirqDestroySelf(this, flags); }
+    uint32_t* pixels() override { return inner->pixels(); }
+    int width() override { return inner->width(); }
+    int height() override { return inner->height(); }
+    int rowSpan() override { return inner->rowSpan(); }
+    bool flipped() override { return inner->flipped(); }
+    bool resize(int w, int h) override { return inner->resize(w, h); }
+    void* deviceContext() override { return inner->deviceContext(); }
+    int extended(int id, void* data) override { return inner->extended(id, data); }
+};
+MIRQ_IBitmap* createCounted(int kind, int w, int h) {
+    MIRQ_IBitmap* bitmap = hostCreateBitmap(kind, w, h);
+    return bitmap ? new CountingBitmap(bitmap) : nullptr;
+}
+
 // A few blocks of a half-scale tone on every input, so that the meters have something to show.
 void playBlocks(AEffect* effect, int inputs, int speakers) {
     constexpr int FRAMES = 512;
@@ -104,13 +130,25 @@ struct EditorWindowTest : ::testing::Test {
     EditorHost h{};
     bool opened = false;
 
-    bool open(int inputs, const char* layout) {
-        std::string error;
-        int id = layoutFromOption(layout, &error);
-        EXPECT_GE(id, 0) << error;
-        EXPECT_TRUE(sessionOpen(&s, pluginPath().c_str(), inputs, nullptr, 48000.0, &error)) << error;
+    // The session by hand, so that extra host services are in place before the plugin binds the
+    // host; a null layout keeps the one the plugin takes for the count.
+    using Services = std::vector<std::pair<const char*, void*>>;
+    bool open(int inputs, const char* layout, const Services& services = {}) {
+        EXPECT_TRUE(pluginLibraryOpen(&s.library, pluginPath().c_str())) << s.library.error;
+        s.host = refHostCreate();
+        s.host->channelCount = inputs;
+        for (const auto& [name, function] : services) refHostSetService(s.host, name, function);
+        s.effect = s.library.main ? s.library.main(refHostCallback(s.host)) : nullptr;
         if (!s.effect) return false;
-        EXPECT_TRUE(sessionApplyLayout(&s, id, &error)) << error;
+        s.effect->dispatcher(s.effect, effOpen, 0, 0, nullptr, 0.0f);
+        s.effect->dispatcher(s.effect, effSetSampleRate, 0, 0, nullptr, 48000.0f);
+        s.effect->dispatcher(s.effect, effMainsChanged, 0, 1, nullptr, 0.0f);
+        std::string error;
+        if (layout) {
+            int id = layoutFromOption(layout, &error);
+            EXPECT_GE(id, 0) << error;
+            EXPECT_TRUE(sessionApplyLayout(&s, id, &error)) << error;
+        }
         if (sessionInputCount(&s) != inputs) sessionWriteNamed(&s, "NUMCHANNELS", std::to_string(inputs));
         opened = editorHostOpen(&h, s.effect, false, &error);
         if (!opened && error.find("display") != std::string::npos) return false;
@@ -191,7 +229,9 @@ TEST_F(EditorWindowTest, StripsFollowTheCountsAndPicturesAreKept) {
 }
 
 TEST_F(EditorWindowTest, CloseFreesEverythingAndASecondOpenStartsClean) {
-    if (!open(8, "7.1.4 surround")) GTEST_SKIP() << "no window can be made here (no display)";
+    liveBitmaps = 0;
+    if (!open(8, "7.1.4 surround", {{"MIRQ_CreateBitmap", reinterpret_cast<void*>(&createCounted)}}))
+        GTEST_SKIP() << "no window can be made here (no display)";
     editorHostRun(&h, 120);
     SurroundPanner* p = panner();
     HWND host = static_cast<HWND>(h.window);
@@ -204,7 +244,9 @@ TEST_F(EditorWindowTest, CloseFreesEverythingAndASecondOpenStartsClean) {
         for (HWND c = GetWindow(static_cast<HWND>(p->editorWindow), GW_CHILD); c; c = GetWindow(c, GW_HWNDNEXT)) children++;
         EXPECT_EQ(children, dialogControlTotal());
 
+        EXPECT_EQ(liveBitmaps, 16 + 1) << "the skins and the name columns";
         s.effect->dispatcher(s.effect, effEditClose, 0, 0, nullptr, 0.0f);
+        EXPECT_EQ(liveBitmaps, 0) << "every bitmap of the editor is gone";
         EXPECT_EQ(p->editorWindow, nullptr);
         EXPECT_EQ(GetWindow(host, GW_CHILD), nullptr) << "the dialog and its children are gone";
         EXPECT_EQ(p->nameStripBitmap, nullptr);
@@ -226,20 +268,10 @@ TEST_F(EditorWindowTest, CloseFreesEverythingAndASecondOpenStartsClean) {
 }
 
 TEST_F(EditorWindowTest, AScaledHostThatWrapsTheProcedureGetsScaledStrips) {
-    // The session by hand, so that the services are in place before the plugin binds the host.
-    ASSERT_TRUE(pluginLibraryOpen(&s.library, pluginPath().c_str())) << s.library.error;
-    s.host = refHostCreate();
-    s.host->channelCount = 4;
-    refHostSetService(s.host, "GetWindowDPIScalingForDialog", reinterpret_cast<void*>(&doubleScale));
-    refHostSetService(s.host, "__localizePrepareDialog", reinterpret_cast<void*>(&prepareDialog));
-    s.effect = s.library.main(refHostCallback(s.host));
-    ASSERT_NE(s.effect, nullptr);
-    s.effect->dispatcher(s.effect, effOpen, 0, 0, nullptr, 0.0f);
     wrappedProc = nullptr;
-    std::string error;
-    opened = editorHostOpen(&h, s.effect, false, &error);
-    if (!opened && error.find("display") != std::string::npos) GTEST_SKIP() << "no window can be made here (no display)";
-    ASSERT_TRUE(opened) << error;
+    if (!open(4, nullptr, {{"GetWindowDPIScalingForDialog", reinterpret_cast<void*>(&doubleScale)},
+                           {"__localizePrepareDialog", reinterpret_cast<void*>(&prepareDialog)}}))
+        GTEST_SKIP() << "no window can be made here (no display)";
     EXPECT_EQ(prepared.prefix, "kelvanepan_");
     EXPECT_EQ(prepared.id, uintptr_t(DIALOG_TEMPLATE_ID));
     EXPECT_EQ(prepared.size, 5);
