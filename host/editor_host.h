@@ -15,9 +15,9 @@ struct EditorHost {
 };
 
 // [window thread] Registers the host's control classes, makes the window and opens the editor in
-// it: framed with a caption for a user, or a plain popup for pictures (a window system without a
-// window manager takes seconds to let a framed window go). False with a one-line reason; the
-// host is then closed.
+// it: framed with a caption for a user, or for pictures a plain popup that never takes the focus
+// (an X server without a window manager takes seconds to let a framed or activated window go).
+// False with a one-line reason; the host is then closed.
 bool editorHostOpen(EditorHost* h, AEffect* effect, bool framed, std::string* error);
 // [window thread] Runs the message loop for ms milliseconds, with effIdle and effEditIdle every
 // 20 ms.

@@ -54,7 +54,7 @@ bool editorHostOpen(EditorHost* h, AEffect* effect, bool framed, std::string* er
         return false;
     }
     DWORD style = (framed ? WS_OVERLAPPED | WS_CAPTION | WS_SYSMENU : WS_POPUP) | WS_CLIPCHILDREN;
-    HWND window = CreateWindowExW(0, HOST_WINDOW_CLASS, L"KelvanePan", style, 0, 0, 640, 480, nullptr, nullptr,
+    HWND window = CreateWindowExW(framed ? 0 : WS_EX_NOACTIVATE, HOST_WINDOW_CLASS, L"KelvanePan", style, 0, 0, 640, 480, nullptr, nullptr,
                                   GetModuleHandleW(nullptr), nullptr);
     if (!window) {
         *error = "no window can be made (is there a display?)";
@@ -69,7 +69,7 @@ bool editorHostOpen(EditorHost* h, AEffect* effect, bool framed, std::string* er
         return false;
     }
     fitToEditor(window, effect);
-    ShowWindow(window, SW_SHOWNORMAL);
+    ShowWindow(window, framed ? SW_SHOWNORMAL : SW_SHOWNOACTIVATE);
     UpdateWindow(window);
     SetTimer(window, IDLE_TIMER, IDLE_PERIOD_MS, nullptr);
     return true;
@@ -91,7 +91,7 @@ void editorHostRun(EditorHost* h, int ms) {
 std::vector<unsigned char> editorHostCapture(EditorHost* h) {
     HWND window = static_cast<HWND>(h->window);
     if (!window) return {};
-    SetWindowPos(window, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
+    SetWindowPos(window, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
     RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN | RDW_UPDATENOW);
     editorHostRun(h, 50);
     RECT client;
