@@ -5,8 +5,7 @@
 #include <cstring>
 #include <string>
 
-#include "engine/records.h"
-#include "host/args.h"
+#include "host/edit.h"
 #include "host/host.h"
 #include "host/inspect.h"
 #include "host/loader.h"
@@ -96,6 +95,10 @@ const CommandHelp COMMAND_HELP[] = {
      "      kelvane-host/kelvane-host.ini in the user's configuration folder); load puts one into\n"
      "      a fresh instance of the plugin and prints the speakers it then has; save and rename\n"
      "      replace an existing preset only with --force\n"},
+    {"edit",
+     "  edit [PLUGIN] [--channels N] [--layout NAME] [--capture OUT.png [--after MS]]\n"
+     "      the plugin's editor in a window of the host (Windows); with --capture, a picture of it\n"
+     "      after MS milliseconds (default 1000), and the window closes\n"},
 };
 
 void printUsage(FILE* to) {
@@ -234,6 +237,7 @@ int main(int argc, char** argv) {
     if (command == "layouts") return commandLayouts(n, rest);
     if (command == "render") return commandRender(n, rest, defaultPluginPath(argv[0]).c_str());
     if (command == "view") return commandView(n, rest, defaultPluginPath(argv[0]).c_str());
+    if (command == "edit") return commandEdit(n, rest, defaultPluginPath(argv[0]).c_str());
     if (command == "preset") return commandPreset(n, rest, defaultPluginPath(argv[0]).c_str());
     return fail("unknown command '" + command + "' (try --help)");
 }

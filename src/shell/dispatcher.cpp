@@ -4,6 +4,7 @@
 #include <cstring>
 #include <strings.h>
 
+#include "editor/dialog_frame.h"
 #include "engine/position.h"
 #include "engine/records.h"
 #include "engine/speaker_analysis.h"
@@ -110,10 +111,7 @@ void notePendingChange(SurroundPanner* p, bool forced) {
 
 intptr_t editGetRect(SurroundPanner* p, void* ptr) {
     if (!ptr) return 0;
-    p->editorRect.top = 0;
-    p->editorRect.left = 0;
-    p->editorRect.bottom = 640;
-    p->editorRect.right = 520;
+    editorRect(p, &p->editorRect);
     *static_cast<ERect**>(ptr) = &p->editorRect;
     return 1;
 }
@@ -339,6 +337,11 @@ intptr_t VST_CALL dispatcher(AEffect* effect, int32_t opcode, int32_t index, int
             return 0;
         case effEditGetRect:
             return editGetRect(p, ptr);
+        case effEditOpen:
+            return editorOpen(p, ptr);
+        case effEditClose:
+            editorClose(p);
+            return 0;
         case effGetChunk:
             return ptr ? saveState(p, static_cast<void**>(ptr)) : 0;
         case effSetChunk:

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <type_traits>
 
+#include "editor/dialog_frame.h"
 #include "engine/audio_block.h"
 #include "engine/speaker_analysis.h"
 #include "foundation/font.h"
@@ -133,6 +134,7 @@ void destroyPanner(SurroundPanner* p) {
     if (!p) return;
     // 1. The editor window belongs to the dialog, which closes it; the view's scene and bitmaps
     // go with the instance when no editor took them.
+    editorClose(p);
     p->editorWindow = nullptr;
     releaseRoomView(p);
     // 2. Delay lines, last to first.
