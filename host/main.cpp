@@ -5,6 +5,8 @@
 #include <cstring>
 #include <string>
 
+#include "engine/records.h"
+#include "host/args.h"
 #include "host/edit.h"
 #include "host/host.h"
 #include "host/inspect.h"
