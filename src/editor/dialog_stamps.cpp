@@ -6,24 +6,16 @@
 #include "engine/instance.h"
 #include "engine/records.h"
 #include "foundation/host_api.h"
+#include "foundation/numbers.h"
 
 int32_t controlsUpdating = 0;
-
-uint64_t fnv64(const void* bytes, size_t count, uint64_t hash) {
-    const uint8_t* b = static_cast<const uint8_t*>(bytes);
-    for (size_t i = 0; i < count; i++) {
-        hash *= 0x100000001B3ull;
-        hash ^= b[i];
-    }
-    return hash;
-}
 
 namespace {
 
 // The pieces a stamp is made of: small integers as one byte of value + 1, flag words and
 // doubles as their bytes, names without the NUL.
 struct Hasher {
-    uint64_t hash = FNV64_START;
+    uint64_t hash = FNV_OFFSET_BASIS;
     void small(int32_t v) {
         uint8_t b = uint8_t(v + 1);
         hash = fnv64(&b, 1, hash);
@@ -168,7 +160,7 @@ uint64_t computeStamp(const SurroundPanner* p, int which) {
         case STAMP_LAYOUT: return layoutStamp(p);
         case STAMP_NAMES: return namesStamp(p);
         case STAMP_HOST_STATE: return hostStateStamp(p);
-        default: return FNV64_START;
+        default: return FNV_OFFSET_BASIS;
     }
 }
 

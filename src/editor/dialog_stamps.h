@@ -24,13 +24,9 @@ enum {
     STAMP_COUNT
 };
 
-constexpr uint64_t FNV64_START = 0xCBF29CE484222325ull;
-
-// [any thread] 64-bit FNV-1 of count bytes, continuing from hash (FNV64_START for a new one).
-uint64_t fnv64(const void* bytes, size_t count, uint64_t hash);
 
 // [window thread] The hash of one group as the instance holds it now (STAMP_VALUES ..
-// STAMP_NAMES, STAMP_HOST_STATE); FNV64_START for any other index.
+// STAMP_NAMES, STAMP_HOST_STATE); FNV_OFFSET_BASIS for any other index.
 uint64_t computeStamp(const SurroundPanner* p, int which);
 // [window thread] Computes the stamp, stores it in editorStamps and says whether it changed.
 bool updateStamp(SurroundPanner* p, int which);

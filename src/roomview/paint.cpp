@@ -5,6 +5,7 @@
 #include "engine/records.h"
 #include "foundation/font.h"
 #include "foundation/host_api.h"
+#include "foundation/numbers.h"
 #include "roomview/overlays.h"
 #include "roomview/scene.h"
 
@@ -83,15 +84,6 @@ void filterHalf(MIRQ_IBitmap* dest, MIRQ_IBitmap* source, int w, int h) {
 }
 
 }  // namespace
-
-uint64_t fnv64(const void* bytes, size_t count, uint64_t hash) {
-    const uint8_t* b = static_cast<const uint8_t*>(bytes);
-    for (size_t i = 0; i < count; i++) {
-        hash *= 0x100000001B3ull;
-        hash ^= b[i];
-    }
-    return hash;
-}
 
 bool inputStampChanged(SurroundPanner* p, bool small) {
     Hash h;

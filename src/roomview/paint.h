@@ -15,10 +15,6 @@ enum : uint32_t { VIEW_REDRAW_PAINT = 1, VIEW_REDRAW_WORLD = 2 };
 // editorStamps entries of the view: inputs of the window and of the small view, then speakers.
 enum { STAMP_VIEW_INPUTS = 5, STAMP_VIEW_SPEAKERS = 7 };
 
-// The 64-bit FNV-1 step over bytes (multiply, then XOR), from hash.
-constexpr uint64_t FNV_OFFSET_BASIS = 0xCBF29CE484222325ull;
-uint64_t fnv64(const void* bytes, size_t count, uint64_t hash);
-
 // Hash what the view shows of the inputs or of the speakers, store it in the view's stamp and
 // say whether it differs from the stored one.
 bool inputStampChanged(SurroundPanner* p, bool small);

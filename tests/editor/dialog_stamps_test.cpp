@@ -8,6 +8,7 @@
 #include "engine/instance.h"
 #include "engine/parameter_map.h"
 #include "engine/records.h"
+#include "foundation/numbers.h"
 #include "layouts/layouts.h"
 #include "support/panner_fixture.h"
 
@@ -58,11 +59,11 @@ constexpr uint32_t VALUES = 1u << STAMP_VALUES, POSITION = 1u << STAMP_POSITION_
 }  // namespace
 
 TEST_F(DialogStampsTest, FnvIsTheSixtyFourBitFnv1) {
-    EXPECT_EQ(fnv64("", 0, FNV64_START), FNV64_START);
-    EXPECT_EQ(fnv64("a", 1, FNV64_START), 0xAF63BD4C8601B7BEull);
-    EXPECT_EQ(fnv64("foobar", 6, FNV64_START), 0x340D8765A4DDA9C2ull);
+    EXPECT_EQ(fnv64("", 0, FNV_OFFSET_BASIS), FNV_OFFSET_BASIS);
+    EXPECT_EQ(fnv64("a", 1, FNV_OFFSET_BASIS), 0xAF63BD4C8601B7BEull);
+    EXPECT_EQ(fnv64("foobar", 6, FNV_OFFSET_BASIS), 0x340D8765A4DDA9C2ull);
     // Continuing from a hash is hashing the concatenation.
-    EXPECT_EQ(fnv64("bar", 3, fnv64("foo", 3, FNV64_START)), fnv64("foobar", 6, FNV64_START));
+    EXPECT_EQ(fnv64("bar", 3, fnv64("foo", 3, FNV_OFFSET_BASIS)), fnv64("foobar", 6, FNV_OFFSET_BASIS));
 }
 
 TEST_F(DialogStampsTest, EachStampChangesOnWhatItCoversAndNothingElse) {
@@ -115,7 +116,7 @@ TEST_F(DialogStampsTest, EachStampChangesOnWhatItCoversAndNothingElse) {
     EXPECT_EQ(changedBy([&] { sp(0).posY = 0.5; }), POSITION);
     // A focus past the end is no channel.
     p->selectionState[SELECTION_FOCUS] = SELECT_SPEAKER | speakerCount(p);
-    EXPECT_EQ(computeStamp(p, STAMP_POSITION_ROW), FNV64_START);
+    EXPECT_EQ(computeStamp(p, STAMP_POSITION_ROW), FNV_OFFSET_BASIS);
 }
 
 TEST_F(DialogStampsTest, TickRefreshesWhatChangedAndTellsTheHostOnce) {

@@ -8,6 +8,7 @@
 #include "engine/records.h"
 #include "foundation/font.h"
 #include "foundation/host_api.h"
+#include "foundation/numbers.h"
 #include "foundation/theme_colours.h"
 #include "host/drawing.h"
 #include "host/host.h"
