@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "foundation/host_api.h"
+#include "hostservices/draw_library.h"
 #include "hostservices/services.h"
 
 namespace {
@@ -93,6 +94,8 @@ void offerAllServices(RefHost* host) {
     if (only && std::strcmp(only, "none") == 0) return;
     const SlotFunctions& own = SLOT_FUNCTIONS[size_t(host->slot)];
     for (int i = 0; i < HOST_SERVICE_COUNT; i++) host->services[HOST_SERVICES[i].name] = HOST_SERVICES[i].function;
+    for (int i = 0; i < HOST_DRAWING_SERVICE_COUNT; i++)
+        host->services[HOST_DRAWING_SERVICES[i].name] = HOST_DRAWING_SERVICES[i].function;
     host->services["get_ini_file"] = reinterpret_cast<void*>(own.iniFile);
     host->services["__localizeFunc"] = reinterpret_cast<void*>(own.localizeFunc);
 }
@@ -161,6 +164,12 @@ bool refHostLoadTranslations(RefHost* host, const char* path, int* badLine) {
             unescape(line.substr(b + 1));
     }
     return true;
+}
+
+void refHostImportServices(RefHost* host) {
+    for (int i = 0; i < HOST_API_NAME_COUNT; i++)
+        importHostFunction(reinterpret_cast<void**>(reinterpret_cast<char*>(&hostApi) + HOST_API_NAMES[i].slotOffset),
+                           HOST_API_NAMES[i].name, refHostCallback(host));
 }
 
 std::vector<AudioMasterCall> refHostCalls(RefHost* host) {

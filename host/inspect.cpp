@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "engine/records.h"
+#include "host/args.h"
+#include "host/safe_output.h"
 #include "host/session.h"
 #include "shell/panner.h"
 #include "shell/state_chunk.h"
@@ -25,23 +27,14 @@ struct OpenOptions {
 };
 
 std::string parseOpenOptions(int argc, char** argv, OpenOptions* o) {
-    for (int i = 0; i < argc; i++) {
-        std::string arg = argv[i];
-        if (arg == "--channels" || arg == "--state") {
-            if (i + 1 >= argc) return "option " + arg + " needs a value";
-            std::string v = argv[++i];
-            if (arg == "--state") {
-                o->state = v;
-                continue;
-            }
-            std::string problem;
-            if (!channelsFromOption(v, &o->channels, &problem)) return problem;
-        } else if (arg.size() > 1 && arg[0] == '-') {
-            return "unknown option '" + arg + "'";
-        } else {
-            o->positional.push_back(arg);
-        }
-    }
+    ParsedArgs args;
+    std::string problem;
+    if (!parseArgs(argc, argv, {{"--channels", true}, {"--state", true}}, &args, &problem)) return problem;
+    o->positional = args.positional;
+    o->state = optionValue(args, "--state");
+    if (optionGiven(args, "--state") && o->state.empty()) return "option --state needs a file name";
+    if (optionGiven(args, "--channels") && !channelsFromOption(optionValue(args, "--channels"), &o->channels, &problem))
+        return problem;
     return "";
 }
 
@@ -122,7 +115,10 @@ int commandState(int argc, char** argv) {
     }
     if (verb == "get") {
         if (o.positional.size() != 2) return fail("state", "get expects a plugin and an output file");
-        if (!folderExists(o.positional[1])) return fail("state", o.positional[1] + ": the folder does not exist");
+        const std::string& out = o.positional[1];
+        if (!outputDiffersFromInputs(out, {{"the plugin", o.positional[0]}, {"--state", o.state}}, &error))
+            return fail("state", error);
+        if (!folderExists(out)) return fail("state", out + ": the folder does not exist");
         PluginSession s{};
         if (!openWithState(&s, o, &error)) {
             sessionClose(&s);
@@ -131,8 +127,8 @@ int commandState(int argc, char** argv) {
         std::vector<unsigned char> chunk = sessionSaveState(&s);
         sessionClose(&s);
         if (chunk.empty()) return fail("state", "the plugin gave no state");
-        if (!writeFileSafely(o.positional[1], chunk, &error)) return fail("state", error);
-        std::printf("wrote %zu bytes to %s\n", chunk.size(), o.positional[1].c_str());
+        if (!writeFileSafely(out, chunk, &error)) return fail("state", error);
+        std::fprintf(out == "-" ? stderr : stdout, "wrote %zu bytes to %s\n", chunk.size(), out.c_str());
         return 0;
     }
     return fail("state", "unknown verb '" + verb + "' (show or get)");

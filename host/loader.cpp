@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <string>
 
 #if defined(_WIN32)
 #include <windows.h>
@@ -9,8 +10,13 @@
 #include <dlfcn.h>
 #endif
 
-bool pluginLibraryOpen(PluginLibrary* library, const char* path) {
+bool pluginLibraryOpen(PluginLibrary* library, const char* givenPath) {
     std::memset(library, 0, sizeof *library);
+    // A bare file name means the file in the current folder, as for any other file argument,
+    // not a search through the system's library paths.
+    std::string named = givenPath;
+    if (named.find_first_of("/\\") == std::string::npos && named.find(':') == std::string::npos) named = "./" + named;
+    const char* path = named.c_str();
 #if defined(_WIN32)
     int n = MultiByteToWideChar(CP_UTF8, 0, path, -1, nullptr, 0);
     wchar_t* widePath = new wchar_t[size_t(n > 0 ? n : 1)];

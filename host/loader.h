@@ -12,8 +12,9 @@ struct PluginLibrary {
     char error[512];
 };
 
-// [any thread] Opens the library at path (UTF-8) and looks up VSTPluginMain. Returns false with
-// a one-line reason in error when either fails; the record is then closed.
+// [any thread] Opens the library at path (UTF-8; a bare file name is looked for in the current
+// folder) and looks up VSTPluginMain. Returns false with a one-line reason in error when either
+// fails; the record is then closed.
 bool pluginLibraryOpen(PluginLibrary* library, const char* path);
 // [any thread] Closes the library; a closed record does nothing.
 void pluginLibraryClose(PluginLibrary* library);

@@ -5,6 +5,9 @@
 #include <cstring>
 #include <string>
 
+#include "engine/records.h"
+#include "host/args.h"
+#include "host/edit.h"
 #include "host/host.h"
 #include "host/inspect.h"
 #include "host/loader.h"
@@ -13,60 +16,111 @@
 #include "host/session.h"
 #include "host/test_scene.h"
 #include "host/validate.h"
+#include "host/view.h"
+#include "layouts/layouts.h"
+#include "shell/panner.h"
 
 namespace {
 
-const char* const USAGE =
-    "usage: kelvane-host COMMAND ...\n"
-    "  info PLUGIN [--channels N] [--ini FILE]\n"
-    "      load PLUGIN through VSTPluginMain and print what its AEffect says\n"
-    "      --channels N  the channel count the host reports (default 2)\n"
-    "      --ini FILE    the host's ini file handed to the plugin\n"
-    "  params PLUGIN [--channels N] [--state FILE]\n"
-    "      every parameter: index, name, display text, unit, value\n"
-    "  state show FILE\n"
-    "      the contents of a state chunk file\n"
-    "  state get PLUGIN OUT [--channels N] [--state FILE]\n"
-    "      the state chunk of an instance, written to OUT\n"
-    "  validate PLUGIN [--strictness 1..10] [--seed N] [--only NAME]\n"
-    "      a battery of host-side tests; one PASS or FAIL line each and a closing count\n"
-    "  render INPUT OUTPUT [options]\n"
-    "      pan every channel of INPUT through the plugin into OUTPUT, a WAV file with one\n"
-    "      channel per speaker\n"
-    "      --plugin PATH       the plugin binary (default: the one beside this program)\n"
-    "      --block N           block length in samples (default 512)\n"
-    "      --format F          float (default), 16 or 24\n"
-    "      --layout NAME       the speakers of a built-in layout (a unique start of its name will do)\n"
-    "      --preset FILE       the speakers of a speaker preset file\n"
-    "      --state FILE        a state chunk to load first\n"
-    "      --save-state FILE   the state chunk after the render\n"
-    "      --set NAME=TEXT     a parameter by name, from its display text (repeatable)\n"
-    "      --automation FILE   lines 'seconds parameter text', applied at the block holding the time\n"
-    "      --tail SECONDS      silence fed after the input so delays come out\n"
-    "  render-test-scene OUT.png [--scale S]\n"
-    "      render the renderer's test scene with a label in the label font, through the host's\n"
-    "      own bitmaps and fonts, into a PNG file\n"
-    "      --scale S           the bitmap's scale, 0 (none, default) to 1024; 256 = 100 %\n"
-    "  preset list [--ini FILE]\n"
-    "  preset save NAME (--layout NAME | --state FILE) [--ini FILE]\n"
-    "  preset load NAME [--plugin PATH] [--channels N] [--ini FILE]\n"
-    "  preset rename OLD NEW [--ini FILE]\n"
-    "  preset delete NAME [--ini FILE]\n"
-    "      speaker presets in the folder SpeakerSetups beside the host's ini file (default:\n"
-    "      kelvane-host/kelvane-host.ini in the user's configuration folder); load puts one into\n"
-    "      a fresh instance of the plugin and prints the speakers it then has\n";
+// One entry per command: its name, as `kelvane-host NAME --help` shows it, and its text.
+struct CommandHelp {
+    const char* name;
+    const char* text;
+};
+const CommandHelp COMMAND_HELP[] = {
+    {"info",
+     "  info PLUGIN [--channels N] [--ini FILE]\n"
+     "      load PLUGIN through VSTPluginMain and print what its AEffect says\n"
+     "      --channels N        the channel count the host reports, 1 to 128 (default 2)\n"
+     "      --ini FILE          the host's ini file handed to the plugin (default: none)\n"},
+    {"params",
+     "  params PLUGIN [--channels N] [--state FILE]\n"
+     "      every parameter: index, name, display text, unit, value\n"
+     "      --channels N        as for info (default 2)\n"
+     "      --state FILE        a state chunk to load first (default: none)\n"},
+    {"state",
+     "  state show FILE\n"
+     "      the contents of a state chunk file\n"
+     "  state get PLUGIN OUT [--channels N] [--state FILE]\n"
+     "      the state chunk of an instance, written to OUT ('-' for standard output)\n"
+     "      --channels N        as for info (default 2)\n"},
+    {"validate",
+     "  validate PLUGIN [--strictness 1..10] [--seed N] [--only NAME]\n"
+     "  validate --list\n"
+     "      a battery of host-side tests; one PASS, FAIL or SKIP line each and a closing count\n"
+     "      --strictness N      run the tests that start at N or below (default 5)\n"
+     "      --seed N            the seed of the random inputs (default 1)\n"
+     "      --only NAME         one test, whatever its strictness\n"
+     "      --list              the tests, the strictness each starts at, and their kind\n"},
+    {"render",
+     "  render INPUT OUTPUT [options]\n"
+     "      pan every channel of INPUT through the plugin into OUTPUT ('-' for standard output),\n"
+     "      a WAV file with one channel per speaker (per output for other plugins)\n"
+     "      --plugin PATH       the plugin binary (default: the one beside this program)\n"
+     "      --block N           block length in samples, 1 to 65536 (default 512)\n"
+     "      --format F          float, 16 or 24 (default float; 16 and 24 clip at full scale)\n"
+     "      --layout NAME       the speakers of a built-in layout (a unique start of its name will do;\n"
+     "                          default: the layout of the file's channel mask, else the plugin's own)\n"
+     "      --preset FILE       the speakers of a speaker preset file\n"
+     "      --state FILE        a state chunk to load first (default: none)\n"
+     "      --save-state FILE   the state chunk after the render (default: none)\n"
+     "      --set NAME=TEXT     a parameter by name, from its display text (repeatable)\n"
+     "      --automation FILE   lines 'seconds parameter text', applied at the block holding the time\n"
+     "      --tail SECONDS      silence fed after the input so delays come out, 0 to 3600 (default 0)\n"
+     "      --outputs N         write only the first N of the plugin's outputs (default: all)\n"},
+    {"render-test-scene",
+     "  render-test-scene OUT.png [--scale S]\n"
+     "      render the renderer's test scene with a label in the label font, through the host's\n"
+     "      own bitmaps and fonts, into a PNG file\n"
+     "      --scale S           the bitmap's scale, 0 (none) to 1024; 256 = 100 % (default 0)\n"},
+    {"layouts",
+     "  layouts\n"
+     "      every built-in layout with its speakers, in order\n"},
+    {"view",
+     "  view OUT.png [options]\n"
+     "      draw the room view of an instance of the plugin into a PNG file\n"
+     "      --plugin PATH       the plugin binary (default: the one beside this program)\n"
+     "      --layout NAME | --preset FILE | --state FILE   the speakers, or a whole state\n"
+     "      --channels N        the channel count the host reports (default 2)\n"
+     "      --mode M            top (default), sides, orbit, or small (the host's small view)\n"
+     "      --size WxH          the view's size in pixels (default 520x520)\n"
+     "      --scale S           256 (default) or 512: the window's scale, or the small bitmap's\n"
+     "      --yaw DEG --pitch DEG   the orbit camera\n"
+     "      --select LIST       inputs to select, numbers from 1: 1,3\n"},
+    {"preset",
+     "  preset list [--ini FILE]\n"
+     "  preset save NAME (--layout NAME | --state FILE) [--force] [--ini FILE]\n"
+     "  preset load NAME [--plugin PATH] [--channels N] [--ini FILE]\n"
+     "  preset rename OLD NEW [--force] [--ini FILE]\n"
+     "  preset delete NAME [--ini FILE]\n"
+     "      speaker presets in the folder SpeakerSetups beside the host's ini file (default:\n"
+     "      kelvane-host/kelvane-host.ini in the user's configuration folder); load puts one into\n"
+     "      a fresh instance of the plugin and prints the speakers it then has; save and rename\n"
+     "      replace an existing preset only with --force\n"},
+    {"edit",
+     "  edit [PLUGIN] [--channels N] [--layout NAME] [--capture OUT.png [--after MS]]\n"
+     "      the plugin's editor in a window of the host (Windows); with --capture, a picture of it\n"
+     "      after MS milliseconds (default 1000), and the window closes\n"},
+};
+
+void printUsage(FILE* to) {
+    std::fputs("usage: kelvane-host COMMAND ...   (kelvane-host COMMAND --help for one command)\n"
+               "       kelvane-host --version\n", to);
+    for (const CommandHelp& h : COMMAND_HELP) std::fputs(h.text, to);
+}
+
+// Whether --help or -h stands among a command's arguments, before any "--".
+bool asksForHelp(int argc, char** argv) {
+    for (int i = 0; i < argc; i++) {
+        if (!std::strcmp(argv[i], "--")) return false;
+        if (!std::strcmp(argv[i], "--help") || !std::strcmp(argv[i], "-h")) return true;
+    }
+    return false;
+}
 
 int fail(const std::string& message) {
     std::fprintf(stderr, "kelvane-host: %s\n", message.c_str());
     return 2;
-}
-
-bool parseCount(const char* text, long* out) {
-    char* end = nullptr;
-    long value = std::strtol(text, &end, 10);
-    if (!*text || *end) return false;
-    *out = value;
-    return true;
 }
 
 std::string fourCC(int32_t value) {
@@ -91,25 +145,16 @@ std::string defaultPluginPath(const char* program) {
 }
 
 int commandInfo(int argc, char** argv) {
-    const char* pluginPath = nullptr;
-    long channels = 2;
-    std::string ini;
-    for (int i = 0; i < argc; i++) {
-        std::string arg = argv[i];
-        if (arg == "--channels" || arg == "--ini") {
-            if (i + 1 >= argc) return fail("option " + arg + " needs a value");
-            const char* value = argv[++i];
-            if (arg == "--ini") ini = value;
-            else if (!parseCount(value, &channels)) return fail("--channels: not a whole number: '" + std::string(value) + "'");
-        } else if (arg.size() > 1 && arg[0] == '-') {
-            return fail("unknown option '" + arg + "'");
-        } else if (!pluginPath) {
-            pluginPath = argv[i];
-        } else {
-            return fail("unexpected argument '" + arg + "'");
-        }
-    }
-    if (!pluginPath) return fail("info needs the path of a plugin library");
+    ParsedArgs args;
+    std::string problem;
+    if (!parseArgs(argc, argv, {{"--channels", true}, {"--ini", true}}, &args, &problem)) return fail(problem);
+    int channels = 2;
+    if (optionGiven(args, "--channels") && !channelsFromOption(optionValue(args, "--channels"), &channels, &problem))
+        return fail(problem);
+    std::string ini = optionValue(args, "--ini");
+    if (args.positional.empty()) return fail("info needs the path of a plugin library");
+    if (args.positional.size() > 1) return fail("unexpected argument '" + args.positional[1] + "'");
+    const char* pluginPath = args.positional[0].c_str();
 
     PluginLibrary library;
     if (!pluginLibraryOpen(&library, pluginPath)) return fail(library.error);
@@ -144,20 +189,57 @@ int commandInfo(int argc, char** argv) {
     return 0;
 }
 
+// Every built-in layout, its speakers named as the plugin names them.
+int commandLayouts(int argc, char** argv) {
+    ParsedArgs args;
+    std::string problem;
+    if (!parseArgs(argc, argv, {}, &args, &problem)) return fail(problem);
+    if (!args.positional.empty()) return fail("layouts takes no arguments");
+    SurroundPanner* p = createPanner();
+    if (!p) return fail("out of memory");
+    for (int i = 0; i < LAYOUT_COUNT; i++) {
+        const LayoutRow& row = LAYOUT_TABLE[i];
+        if (row.id == 0) continue;
+        applyLayout(p, row.id);
+        std::printf("%s (%d):", row.name, speakerCount(p));
+        for (int k = 0; k < speakerCount(p); k++) {
+            const PanSpeaker& spk = speakerRecords(p)[k];
+            std::printf("%s %s", k ? "," : "", spk.vacant ? "(vacant)" : spk.name);
+        }
+        std::printf("\n");
+    }
+    destroyPanner(p);
+    return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     if (argc < 2 || !std::strcmp(argv[1], "--help") || !std::strcmp(argv[1], "-h")) {
-        std::fputs(USAGE, argc < 2 ? stderr : stdout);
+        printUsage(argc < 2 ? stderr : stdout);
         return argc < 2 ? 2 : 0;
     }
+    if (!std::strcmp(argv[1], "--version")) {
+        std::printf("kelvane-host %s\n", KVP_VERSION);
+        return 0;
+    }
     std::string command = argv[1];
-    if (command == "info") return commandInfo(argc - 2, argv + 2);
-    if (command == "validate") return commandValidate(argc - 2, argv + 2);
-    if (command == "params") return commandParams(argc - 2, argv + 2);
-    if (command == "state") return commandState(argc - 2, argv + 2);
-    if (command == "render-test-scene") return commandRenderTestScene(argc - 2, argv + 2);
-    if (command == "render") return commandRender(argc - 2, argv + 2, defaultPluginPath(argv[0]).c_str());
-    if (command == "preset") return commandPreset(argc - 2, argv + 2, defaultPluginPath(argv[0]).c_str());
+    int n = argc - 2;
+    char** rest = argv + 2;
+    for (const CommandHelp& h : COMMAND_HELP)
+        if (command == h.name && asksForHelp(n, rest)) {
+            std::fputs(h.text, stdout);
+            return 0;
+        }
+    if (command == "info") return commandInfo(n, rest);
+    if (command == "validate") return commandValidate(n, rest);
+    if (command == "params") return commandParams(n, rest);
+    if (command == "state") return commandState(n, rest);
+    if (command == "render-test-scene") return commandRenderTestScene(n, rest);
+    if (command == "layouts") return commandLayouts(n, rest);
+    if (command == "render") return commandRender(n, rest, defaultPluginPath(argv[0]).c_str());
+    if (command == "view") return commandView(n, rest, defaultPluginPath(argv[0]).c_str());
+    if (command == "edit") return commandEdit(n, rest, defaultPluginPath(argv[0]).c_str());
+    if (command == "preset") return commandPreset(n, rest, defaultPluginPath(argv[0]).c_str());
     return fail("unknown command '" + command + "' (try --help)");
 }

@@ -2,12 +2,15 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "engine/records.h"
 #include "foundation/host_api.h"
+#include "host/args.h"
+#include "host/safe_output.h"
 #include "host/session.h"
 #include "layouts/layouts.h"
 #include "layouts/presets.h"
@@ -25,26 +28,27 @@ struct PresetOptions {
     std::vector<std::string> positional;
     std::string ini, layout, state, plugin;
     int channels = 2;
+    bool force = false;
 };
 
 std::string parseOptions(int argc, char** argv, PresetOptions* o) {
-    for (int i = 0; i < argc; i++) {
-        std::string arg = argv[i];
-        if (arg == "--ini" || arg == "--layout" || arg == "--state" || arg == "--plugin" || arg == "--channels") {
-            if (i + 1 >= argc) return "option " + arg + " needs a value";
-            std::string v = argv[++i];
-            if (v.empty()) return "option " + arg + " needs a value";
-            if (arg == "--ini") o->ini = v;
-            else if (arg == "--layout") o->layout = v;
-            else if (arg == "--state") o->state = v;
-            else if (arg == "--plugin") o->plugin = v;
-            else if (std::string problem; !channelsFromOption(v, &o->channels, &problem)) return problem;
-        } else if (arg.size() > 1 && arg[0] == '-') {
-            return "unknown option '" + arg + "'";
-        } else {
-            o->positional.push_back(arg);
-        }
-    }
+    ParsedArgs args;
+    std::string problem;
+    const std::vector<OptionSpec> specs = {{"--ini", true},     {"--layout", true},   {"--state", true},
+                                           {"--plugin", true},  {"--channels", true}, {"--force", false}};
+    if (!parseArgs(argc, argv, specs, &args, &problem)) return problem;
+    for (const ParsedOption& option : args.options)
+        if (option.value.empty() && option.name != "--force")
+            return option.name == "--layout" ? "--layout: empty layout name (kelvane-host layouts lists them)"
+                                             : "option " + option.name + " needs a value";
+    o->positional = args.positional;
+    o->ini = optionValue(args, "--ini");
+    o->layout = optionValue(args, "--layout");
+    o->state = optionValue(args, "--state");
+    o->plugin = optionValue(args, "--plugin");
+    o->force = optionGiven(args, "--force");
+    if (optionGiven(args, "--channels") && !channelsFromOption(optionValue(args, "--channels"), &o->channels, &problem))
+        return problem;
     return "";
 }
 
@@ -83,11 +87,17 @@ std::string useIniFile(const PresetOptions& o) {
     return "";
 }
 
+// The longest file name the file systems in use take, in bytes.
+constexpr size_t NAME_MAX_BYTES = 255;
+
 // The file of a preset name; "" with the reason in *problem when the name cannot be one.
 std::string pathOf(const std::string& name, std::string* problem) {
     if (name.empty()) *problem = "a preset name may not be empty";
     else if (name.find_first_of("/\\") != std::string::npos) *problem = "preset name '" + name + "': may not hold / or \\";
     else if (name[0] == '.') *problem = "preset name '" + name + "': a name starting with '.' is never listed";
+    else if (name.size() + std::strlen(PRESET_EXTENSION) > NAME_MAX_BYTES)
+        *problem = "preset name '" + name.substr(0, 20) + "...': name too long: " + std::to_string(name.size()) +
+                   " bytes, at most " + std::to_string(NAME_MAX_BYTES - std::strlen(PRESET_EXTENSION));
     if (!problem->empty()) return "";
     char path[PRESET_PATH_MAX];
     if (!presetPath(name.c_str(), path, sizeof path)) *problem = "preset name '" + name + "': the path is too long";
@@ -112,8 +122,8 @@ int runList() {
     return 0;
 }
 
-// Save goes through a temporary beside the preset, renamed over it only when complete, so that
-// a good preset is never replaced by a broken one.
+// Save goes through a temporary of its own beside the preset, renamed over it only when
+// complete, so that a good preset is never replaced by a broken one.
 int runSave(const std::string& name, const PresetOptions& o) {
     if (o.layout.empty() == o.state.empty()) return fail("save needs one of --layout NAME and --state FILE");
     std::string problem, path = pathOf(name, &problem);
@@ -124,21 +134,27 @@ int runSave(const std::string& name, const PresetOptions& o) {
     if (!o.state.empty() && stateChunkShape(chunk.data(), int32_t(chunk.size())).speakers < 1)
         return fail(o.state + ": the state holds no speakers");
     if (!o.layout.empty() && (layoutId = layoutFromOption(o.layout, &problem)) < 0) return fail(problem);
+    if (exists(path) && !o.force)
+        return fail("a preset named '" + name + "' exists already (" + path + "); --force replaces it");
+    if (!outputDiffersFromInputs(path, {{"--state", o.state}}, &problem)) return fail(problem);
     SurroundPanner* p = createPanner();
     if (!p) return fail("out of memory");
     if (!chunk.empty()) loadState(p, chunk.data(), int32_t(chunk.size()));
     else applyLayout(p, layoutId);
-    std::string temp = path + ".partial";
-    int64_t written = savePresetFile(p, temp.c_str());
+    SafeOutput out;
+    bool ok = safeOutputOpen(&out, path, false, &problem);
+    // The core library writes the preset by name: onto this run's own temporary.
+    int64_t written = ok ? savePresetFile(p, out.temp.c_str()) : -1;
     int speakers = speakerCount(p);
     destroyPanner(p);
     std::error_code ec;
-    bool whole = written >= 0 && int64_t(std::filesystem::file_size(temp, ec)) == written && !ec;
-    if (whole) std::filesystem::rename(temp, path, ec);
-    if (!whole || ec) {
-        if (written >= 0) std::filesystem::remove(temp, ec);  // only what this command made
-        return fail(path + ": cannot write");
+    if (ok && (written < 0 || int64_t(std::filesystem::file_size(out.temp, ec)) != written || ec)) {
+        problem = path + ": cannot write";
+        ok = false;
     }
+    ok = ok && safeOutputCommit(&out, &problem);
+    safeOutputClose(&out);
+    if (!ok) return fail(problem);
     std::printf("saved %d speaker%s to %s\n", speakers, speakers == 1 ? "" : "s", path.c_str());
     return 0;
 }
@@ -174,15 +190,22 @@ int runLoad(const std::string& name, const PresetOptions& o, const char* default
     return 0;
 }
 
-int runRename(const std::string& from, const std::string& to) {
+int runRename(const std::string& from, const std::string& to, bool force) {
     std::string problem, oldPath = pathOf(from, &problem);
     if (oldPath.empty()) return fail(problem);
     std::string newPath = pathOf(to, &problem);
     if (newPath.empty()) return fail(problem);
     if (!exists(oldPath)) return fail("no preset named '" + from + "' (" + oldPath + ")");
-    if (exists(newPath)) return fail("a preset named '" + to + "' exists already (" + newPath + ")");
-    renamePreset(from.c_str(), to.c_str());
-    if (!exists(newPath)) return fail(oldPath + ": cannot rename");
+    if (exists(newPath) && !force)
+        return fail("a preset named '" + to + "' exists already (" + newPath + "); --force replaces it");
+    std::error_code ec;
+    auto writable = std::filesystem::perms::owner_write | std::filesystem::perms::group_write | std::filesystem::perms::others_write;
+    if (exists(newPath) && (std::filesystem::status(newPath, ec).permissions() & writable) == std::filesystem::perms::none)
+        return fail(newPath + ": the file is read-only; it is not replaced");
+    // Onto an existing preset in one step: the renamed one stands in place of the one it replaces.
+    if (exists(newPath)) std::filesystem::rename(oldPath, newPath, ec);
+    else renamePreset(from.c_str(), to.c_str());
+    if (ec || !exists(newPath)) return fail(oldPath + ": cannot rename");
     std::printf("renamed '%s' to '%s'\n", from.c_str(), to.c_str());
     return 0;
 }
@@ -219,11 +242,12 @@ int commandPreset(int argc, char** argv, const char* defaultPlugin) {
                     (known->names > 1 ? "s" : ""));
     if ((!o.layout.empty() || !o.state.empty()) && verb != "save") return fail("--layout and --state belong to save");
     if ((!o.plugin.empty() || o.channels != 2) && verb != "load") return fail("--plugin and --channels belong to load");
+    if (o.force && verb != "save" && verb != "rename") return fail("--force belongs to save and rename");
     problem = useIniFile(o);
     if (!problem.empty()) return fail(problem);
     if (verb == "list") return runList();
     if (verb == "save") return runSave(o.positional[0], o);
     if (verb == "load") return runLoad(o.positional[0], o, defaultPlugin);
-    if (verb == "rename") return runRename(o.positional[0], o.positional[1]);
+    if (verb == "rename") return runRename(o.positional[0], o.positional[1], o.force);
     return runDelete(o.positional[0]);
 }

@@ -1,13 +1,17 @@
 #include "host/session.h"
 
+#include <strings.h>
+
 #include <algorithm>
 #include <cctype>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <functional>
 
+#include "engine/records.h"
 #include "layouts/layouts.h"
 #include "layouts/presets.h"
 #include "shell/panner.h"
@@ -45,6 +49,8 @@ bool sessionOpen(PluginSession* s, const char* pluginPath, int channels, const c
     }
     s->effect->dispatcher(s->effect, effOpen, 0, 0, nullptr, 0.0f);
     s->effect->dispatcher(s->effect, effSetSampleRate, 0, 0, nullptr, float(sampleRate));
+    // The longest block the host's commands hand over; plugins size their work buffers by it.
+    s->effect->dispatcher(s->effect, effSetBlockSize, 0, SESSION_MAX_BLOCK, nullptr, 0.0f);
     s->effect->dispatcher(s->effect, effMainsChanged, 0, 1, nullptr, 0.0f);
     return true;
 }
@@ -96,6 +102,102 @@ bool sessionSetFromText(PluginSession* s, int index, const std::string& text) {
     return true;
 }
 
+bool sessionSpeaksProtocol(PluginSession* s) {
+    char text[64] = {0};
+    return s->effect->dispatcher(s->effect, effVendorSpecific, VENDOR_READ_NAMED,
+                                 reinterpret_cast<intptr_t>("NUMCHANNELS"), text, float(sizeof text)) == VENDOR_ANSWER_KNOWN;
+}
+
+namespace {
+
+constexpr int32_t VENDOR_VALUE_TO_TEXT = 7;
+
+std::string trimmed(const std::string& text) {
+    size_t a = text.find_first_not_of(" \t"), b = text.find_last_not_of(" \t");
+    return a == std::string::npos ? "" : text.substr(a, b - a + 1);
+}
+
+// A whole text that is one number; false for anything else ("50abc", "", "1e").
+bool wholeNumber(const std::string& text, double* out) {
+    if (text.empty()) return false;
+    char* end = nullptr;
+    *out = std::strtod(text.c_str(), &end);
+    return *end == 0;
+}
+
+// The number of decimals a display text shows ("12.5" -> 1).
+int decimalsShown(const std::string& text) {
+    size_t dot = text.find('.');
+    return dot == std::string::npos ? 0 : int(text.size() - dot - 1);
+}
+
+}  // namespace
+
+bool sessionValueFromText(PluginSession* s, int index, const std::string& given, float* value, std::string* why) {
+    AEffect* e = s->effect;
+    std::string text = trimmed(given);
+    double number = 0.0;
+    if (text.empty()) {
+        *why = "empty value";
+        return false;
+    }
+    if (!sessionSpeaksProtocol(s)) {
+        if (!wholeNumber(text, &number) || !(number >= 0.0 && number <= 1.0)) {
+            *why = "'" + text + "': the plugin reads no value texts; expected a number from 0 to 1";
+            return false;
+        }
+        *value = float(number);
+        return true;
+    }
+    auto display = [&](double v) {
+        char shown[256] = {0};
+        e->dispatcher(e, effVendorSpecific, VENDOR_VALUE_TO_TEXT, index, shown, float(v));
+        return trimmed(shown);
+    };
+    std::string low = display(0.0), high = display(1.0);
+    double ignored = 0.0;
+    const bool numericRange = wholeNumber(high, &ignored);
+    std::string range = numericRange ? low + " to " + high : "'" + low + "' or '" + high + "'";
+    // A number may carry the parameter's unit.
+    char label[256] = {0};
+    e->dispatcher(e, effGetParamLabel, index, 0, label, 0.0f);
+    std::string unit = trimmed(label), bare = text;
+    if (!unit.empty() && bare.size() > unit.size() &&
+        strcasecmp(bare.c_str() + bare.size() - unit.size(), unit.c_str()) == 0)
+        bare = trimmed(bare.substr(0, bare.size() - unit.size()));
+    bool numeric = wholeNumber(bare, &number);
+    if (numeric && !std::isfinite(number)) {
+        *why = "'" + text + "': not a finite number";
+        return false;
+    }
+    char buffer[256];
+    std::snprintf(buffer, sizeof buffer, "%s", numeric ? bare.c_str() : text.c_str());
+    if (e->dispatcher(e, effVendorSpecific, VENDOR_TEXT_TO_VALUE, index, buffer, 0.0f) != VENDOR_ANSWER_DONE) {
+        *why = "the plugin does not read '" + text + "'";
+        return false;
+    }
+    double v = std::strtod(buffer, nullptr);
+    if (!(v >= 0.0 && v <= 1.0)) {
+        *why = "'" + text + "' is out of range (" + range + ")";  // a text the display would clamp
+        return false;
+    }
+    // The display of the value read must show what was given: a word as it is, a number within
+    // the display's rounding. A clamped number shows another; a misread word shows another.
+    std::string shown = display(v);
+    double shownNumber = 0.0;
+    bool same = strcasecmp(shown.c_str(), text.c_str()) == 0;
+    if (!same && numeric && wholeNumber(shown, &shownNumber))
+        same = std::fabs(shownNumber - number) <= 0.5 * std::pow(10.0, -decimalsShown(shown)) + 1e-9 * std::fabs(number);
+    if (!same && numeric && shown == "-inf" && number < 0.0) same = true;
+    if (!same) {
+        *why = numeric && numericRange ? "'" + text + "' is out of range (" + range + ")"
+                                       : "'" + text + "' is not a value of this parameter (" + range + ")";
+        return false;
+    }
+    *value = float(v);
+    return true;
+}
+
 std::vector<unsigned char> sessionSaveState(PluginSession* s) {
     void* data = nullptr;
     intptr_t size = s->effect->dispatcher(s->effect, effGetChunk, 0, 0, &data, 0.0f);
@@ -138,25 +240,6 @@ bool readChunkFile(const std::string& path, std::vector<unsigned char>* chunk, s
         *error = path + ": damaged state chunk (version " + std::to_string(shape.version) + ", " +
                  std::to_string(shape.inputs) + " inputs, " + std::to_string(shape.speakers) +
                  " speakers: the records do not fit the " + std::to_string(chunk->size()) + " bytes)";
-        return false;
-    }
-    return true;
-}
-
-bool writeFileSafely(const std::string& path, const std::vector<unsigned char>& bytes, std::string* error) {
-    std::string temp = path + ".partial";
-    FILE* f = std::fopen(temp.c_str(), "wb");
-    if (!f) {
-        *error = path + ": cannot write: " + std::strerror(errno);
-        return false;
-    }
-    bool ok = std::fwrite(bytes.data(), 1, bytes.size(), f) == bytes.size();
-    ok = std::fclose(f) == 0 && ok;
-    std::error_code ec;
-    if (ok) std::filesystem::rename(temp, path, ec);
-    if (!ok || ec) {
-        std::filesystem::remove(temp, ec);
-        *error = path + ": cannot write";
         return false;
     }
     return true;
@@ -214,6 +297,73 @@ bool sessionApplyPreset(PluginSession* s, const std::string& path, std::string* 
         error);
 }
 
+bool sessionSpeakers(PluginSession* s, int* layoutId, int* family, std::vector<SpeakerInfo>* speakers) {
+    std::vector<unsigned char> chunk = sessionSaveState(s);
+    SurroundPanner* p = chunk.empty() ? nullptr : createPanner();
+    if (!p) return false;
+    loadState(p, chunk.data(), int32_t(chunk.size()));
+    *layoutId = p->layoutId;
+    *family = p->layoutFamily;
+    const LayoutRow* row = p->layoutId > 0 ? layoutRow(p->layoutId) : nullptr;
+    speakers->clear();
+    for (int i = 0; i < speakerCount(p); i++) {
+        const PanSpeaker& spk = speakerRecords(p)[i];
+        int slot = row && i < row->count ? row->slots[i] : -1;
+        speakers->push_back(SpeakerInfo{slot, spk.lfe != 0, spk.name});
+    }
+    destroyPanner(p);
+    return true;
+}
+
+bool sessionPlaceInputs(PluginSession* s, const std::vector<int>& speakerOf, std::string* error) {
+    return composeState(
+        s,
+        [&](SurroundPanner* p) -> std::string {
+            for (int i = 0; i < inputCount(p) && i < int(speakerOf.size()); i++) {
+                int k = speakerOf[size_t(i)];
+                if (k < 0 || k >= speakerCount(p)) continue;
+                const PanSpeaker& spk = speakerRecords(p)[k];
+                PanInput& in = inputRecords(p)[i];
+                in.posX = spk.posX;
+                in.posY = spk.posY;
+                in.posZ = spk.posZ;
+                if (!spk.lfe) continue;
+                if (i != 3) return "input " + std::to_string(i + 1) + " is an LFE channel; only input 4 can feed the LFE speaker";
+                p->channelOptions |= CHANNEL_OPTION_LFE_INPUT;
+                in.lfeSend = 1.0;
+            }
+            return "";
+        },
+        error);
+}
+
+std::vector<std::string> sessionInputPlaces(PluginSession* s) {
+    std::vector<unsigned char> chunk = sessionSaveState(s);
+    SurroundPanner* p = chunk.empty() ? nullptr : createPanner();
+    if (!p) return {};
+    loadState(p, chunk.data(), int32_t(chunk.size()));
+    std::vector<std::string> places;
+    for (int i = 0; i < inputCount(p); i++) {
+        const PanInput& in = inputRecords(p)[i];
+        std::string place;
+        if (i == 3 && (p->channelOptions & CHANNEL_OPTION_LFE_INPUT)) place = "LFE";
+        for (int k = 0; k < speakerCount(p) && place.empty(); k++) {
+            const PanSpeaker& spk = speakerRecords(p)[k];
+            if (!spk.lfe && std::fabs(spk.posX - in.posX) < 1e-6 && std::fabs(spk.posY - in.posY) < 1e-6 &&
+                std::fabs(spk.posZ - in.posZ) < 1e-6)
+                place = spk.name;
+        }
+        if (place.empty()) {
+            char at[96];
+            std::snprintf(at, sizeof at, "(%.2f %.2f %.2f)", in.posX, in.posY, in.posZ);
+            place = at;
+        }
+        places.push_back(place);
+    }
+    destroyPanner(p);
+    return places;
+}
+
 namespace {
 
 std::string lowered(const std::string& text) {
@@ -268,6 +418,10 @@ int findLayoutByName(const std::string& name, std::string* closest) {
 }
 
 int layoutFromOption(const std::string& name, std::string* error) {
+    if (name.empty()) {
+        *error = "--layout: empty layout name (kelvane-host layouts lists them)";
+        return -1;
+    }
     std::string closest;
     int id = findLayoutByName(name, &closest);
     if (id == LAYOUT_NAME_AMBIGUOUS) *error = "--layout '" + name + "': more than one layout starts so: " + closest;

@@ -15,6 +15,9 @@ struct PluginSession {
     AEffect* effect;
 };
 
+// The longest block any command hands to a plugin; it is told so before it is resumed.
+constexpr int SESSION_MAX_BLOCK = 65536;
+
 // [one thread] Loads the library, makes a host with the channel count and ini path given, and
 // instantiates and opens the effect at the sample rate. Returns false with a one-line reason.
 bool sessionOpen(PluginSession* s, const char* pluginPath, int channels, const char* iniPath, double sampleRate,
@@ -38,6 +41,16 @@ int sessionFindParameter(PluginSession* s, const std::string& name);
 // Returns false when the effect does not parse texts.
 bool sessionSetFromText(PluginSession* s, int index, const std::string& text);
 
+// [one thread] Whether the effect answers this project's named-value calls (the channel counts by
+// name, texts read into values). Other VST 2 plugins get only the plain VST 2 calls.
+bool sessionSpeaksProtocol(PluginSession* s);
+// [one thread] The normalised value (0..1) that a text stands for, checked before any use: the
+// effect's own reader for protocol plugins, whose display of the result must show the same value
+// (so that out-of-range numbers, trailing letters, NaN and infinities are refused); for other
+// plugins a plain number from 0 to 1. The unit label may follow a number ("-6 dB"). False with
+// the reason, naming the range the display shows.
+bool sessionValueFromText(PluginSession* s, int index, const std::string& text, float* value, std::string* why);
+
 // [one thread] The state chunk, or an empty vector; and loading one.
 std::vector<unsigned char> sessionSaveState(PluginSession* s);
 void sessionLoadState(PluginSession* s, const std::vector<unsigned char>& chunk);
@@ -50,6 +63,23 @@ bool sessionApplyLayout(PluginSession* s, int layoutId, std::string* error);
 // library's preset reader loads them onto the effect's own state. False with a one-line reason
 // naming the file.
 bool sessionApplyPreset(PluginSession* s, const std::string& path, std::string* error);
+// [one thread] What the effect's state says of its speakers: the built-in layout (0 custom) and,
+// per speaker, the layout slot (-1 when custom), the name and the LFE flag. False when the
+// effect gives no state.
+struct SpeakerInfo {
+    int slot;
+    bool lfe;
+    std::string name;
+};
+bool sessionSpeakers(PluginSession* s, int* layoutId, int* family, std::vector<SpeakerInfo>* speakers);
+// [one thread] Puts input i onto speaker speakerOf[i] (its position; -1 leaves the input where it
+// is). An input put onto an LFE speaker feeds the LFE speakers only, which the effect offers for
+// input 4 alone; false with the reason for any other.
+bool sessionPlaceInputs(PluginSession* s, const std::vector<int>& speakerOf, std::string* error);
+// [one thread] Where each input stands: the name of the speaker at its position ("LFE" for the
+// LFE channel), else its coordinates.
+std::vector<std::string> sessionInputPlaces(PluginSession* s);
+
 // The built-in layout a name picks, exactly or by a unique prefix, without regard to case
 // ("Custom speakers" is no layout to pick). -1 when none matches, LAYOUT_NAME_AMBIGUOUS when
 // several do; `closest` then names the nearest or the matching layouts, comma-separated.
@@ -64,8 +94,5 @@ bool channelsFromOption(const std::string& text, int* channels, std::string* err
 bool readWholeFile(const std::string& path, std::vector<unsigned char>* out, std::string* error);
 // [one thread] Reads a state chunk file and refuses anything that is not one whole chunk.
 bool readChunkFile(const std::string& path, std::vector<unsigned char>* chunk, std::string* error);
-// [one thread] Writes a file through a temporary beside it, renamed over the target only when
-// everything was written. False with a one-line reason; the target is then untouched.
-bool writeFileSafely(const std::string& path, const std::vector<unsigned char>& bytes, std::string* error);
 // The folder part of a path ("." for a bare name) and whether it exists as a folder.
 bool folderExists(const std::string& path);

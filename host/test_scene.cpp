@@ -6,14 +6,17 @@
 #include <vector>
 
 #include "foundation/host_api.h"
+#include "host/args.h"
 #include "hostservices/drawing.h"
 #include "host/host.h"
 #include "host/png.h"
+#include "host/safe_output.h"
 #include "host/session.h"
 #include "renderer/camera.h"
 #include "renderer/geometry.h"
 #include "renderer/material.h"
 #include "renderer/mesh_builders.h"
+#include "roomview/scene.h"
 
 namespace {
 
@@ -101,8 +104,8 @@ void buildScene(Scene* s) {
     setColour(s->shade.diffuse, 0.9, 0.8, 0.5);
     s->opaque.push_back(placed(makeBox(0.3, 0.3, 1.4, &s->shade), 1.4, 0.8, 1.6, 10, -25, 0));
 
-    // A disc on the floor, unlit and added; then a see-through dome over it: the first 899
-    // faces of a 31 by 31 sphere are its upper half.
+    // A disc on the floor, unlit and added; then a see-through dome over it, the room view's
+    // half sphere.
     materialInit(&s->disc);
     s->disc.lit = 0;
     s->disc.cullBack = 0;
@@ -116,12 +119,7 @@ void buildScene(Scene* s) {
     s->dome.cullBack = 0;
     s->dome.opacity = 0.5;
     setColour(s->dome.diffuse, 0.6, 0.65, 1.0);
-    Mesh* dome = placed(makeSphere(0.7, 31, 31, &s->dome), -0.3, 1.5, 1.3, 180, 0, 0);
-    if (dome) {
-        growBufferResize(&dome->vertices, 899 * sizeof(Vertex));
-        growBufferResize(&dome->faces, 899 * sizeof(Face));
-    }
-    s->blended.push_back(dome);
+    s->blended.push_back(placed(makeHalfSphere(0.7, &s->dome), -0.3, 1.5, 1.3, 180, 0, 0));
 
     // A lamp under the ceiling that fades with distance, a directional light, a warm glow.
     s->lamp.set(LIGHT_FALLOFF | LIGHT_ANGLE, 0.2, -1.2, 0.6, 0.95, 0.92, 0.85, 4.5);
@@ -205,36 +203,30 @@ MIRQ_IBitmap* renderTestScene(int scale) {
 }
 
 int commandRenderTestScene(int argc, char** argv) {
-    std::string output;
+    ParsedArgs args;
+    std::string error;
+    if (!parseArgs(argc, argv, {{"--scale", true}}, &args, &error)) return fail(error);
+    if (args.positional.size() > 1) return fail("unexpected argument '" + args.positional[1] + "'");
+    std::string output = args.positional.empty() ? "" : args.positional[0];
     int scale = 0;
-    for (int i = 0; i < argc; i++) {
-        std::string arg = argv[i];
-        if (arg == "--scale") {
-            if (i + 1 >= argc) return fail("option --scale needs a value");
-            std::string value = argv[++i];
-            char* end = nullptr;
-            long s = std::strtol(value.c_str(), &end, 10);
-            if (value.empty() || *end || s < 0 || s > HOST_BITMAP_MAX_SCALE)
-                return fail("--scale: not a scale from 0 to " + std::to_string(HOST_BITMAP_MAX_SCALE) + " (256 = 100 %): '" +
-                            value + "'");
-            scale = int(s);
-        } else if (arg.size() > 1 && arg[0] == '-') {
-            return fail("unknown option '" + arg + "'");
-        } else if (output.empty()) {
-            output = arg;
-        } else {
-            return fail("unexpected argument '" + arg + "'");
-        }
+    if (optionGiven(args, "--scale")) {
+        std::string value = optionValue(args, "--scale");
+        char* end = nullptr;
+        long s = std::strtol(value.c_str(), &end, 10);
+        if (value.empty() || *end || s < 0 || s > HOST_BITMAP_MAX_SCALE)
+            return fail("--scale: not a scale from 0 to " + std::to_string(HOST_BITMAP_MAX_SCALE) + " (256 = 100 %): '" +
+                        value + "'");
+        scale = int(s);
     }
     if (output.empty()) return fail("needs the path of the PNG file to write");
+    if (!outputDiffersFromInputs(output, {}, &error)) return fail(error);
     if (!folderExists(output)) return fail(output + ": the folder does not exist");
     MIRQ_IBitmap* picture = renderTestScene(scale);
     if (!picture) return fail("out of memory");
     std::vector<unsigned char> png = pngEncodeBitmap(picture);
     mirqDestroy(picture);
-    std::string error;
     if (png.empty()) return fail("the picture could not be encoded");
     if (!writeFileSafely(output, png, &error)) return fail(error);
-    std::printf("wrote %s\n", output.c_str());
+    std::fprintf(output == "-" ? stderr : stdout, "wrote %s\n", output.c_str());
     return 0;
 }

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "host/alloc_watch.h"
+#include "host/args.h"
 #include "host/session.h"
 
 #if !defined(_WIN32)
@@ -26,6 +27,7 @@ struct Validation {
     std::string plugin;
     uint32_t seed;
     std::mt19937 rng;
+    bool protocol;  // the plugin answers this project's named-value calls
 };
 
 // A failed check says why; the first failure ends the test.
@@ -47,6 +49,9 @@ struct Instance {
     PluginSession s{};
     std::vector<std::vector<double>> in, out;
     std::vector<double*> inPtrs, outPtrs;
+    // A plugin without double precision gets float copies of the same buffers.
+    std::vector<std::vector<float>> inF, outF;
+    std::vector<float*> inPtrsF, outPtrsF;
 
     bool open(Validation& v, int channels, double rate, Check& c) {
         std::string error;
@@ -57,18 +62,26 @@ struct Instance {
     AEffect* e() const { return s.effect; }
 
     // Buffers for the counts the effect shows now; outputs start as NaN so that an output the
-    // effect leaves unwritten shows, and every buffer ends in guard samples.
+    // effect leaves unwritten shows, and every buffer ends in guard samples. Buffers of the last
+    // block are refilled, not made again.
+    template <typename T>
+    static void reshape(std::vector<std::vector<T>>& buffers, std::vector<T*>& pointers, int count, int frames,
+                        bool output) {
+        buffers.resize(size_t(count));
+        pointers.clear();
+        for (auto& b : buffers) {
+            b.assign(size_t(frames) + GUARD, T(SENTINEL));
+            if (output) std::fill(b.begin(), b.begin() + frames, T(NAN));
+            pointers.push_back(b.data());
+        }
+    }
     void shape(int frames) {
         int ni = e()->numInputs, no = e()->numOutputs;
-        in.assign(size_t(ni), std::vector<double>(size_t(frames) + GUARD, SENTINEL));
-        out.assign(size_t(no), std::vector<double>(size_t(frames) + GUARD, SENTINEL));
-        inPtrs.clear();
-        outPtrs.clear();
-        for (auto& b : in) inPtrs.push_back(b.data());
-        for (auto& b : out) {
-            std::fill(b.begin(), b.begin() + frames, std::nan(""));
-            outPtrs.push_back(b.data());
-        }
+        reshape(in, inPtrs, ni, frames, false);
+        reshape(out, outPtrs, no, frames, true);
+        bool floats = !(e()->flags & effFlagsCanDoubleReplacing);
+        reshape(inF, inPtrsF, floats ? ni : 0, frames, false);
+        reshape(outF, outPtrsF, floats ? no : 0, frames, true);
     }
     void noise(std::mt19937& rng, int frames) {
         std::uniform_real_distribution<double> d(-1.0, 1.0);
@@ -79,8 +92,24 @@ struct Instance {
         for (auto& b : in) std::fill(b.begin(), b.begin() + frames, value);
     }
     void process(int frames) {
-        e()->processDoubleReplacing(e(), inPtrs.empty() ? nullptr : inPtrs.data(),
-                                    outPtrs.empty() ? nullptr : outPtrs.data(), frames);
+        if (e()->flags & effFlagsCanDoubleReplacing) {
+            e()->processDoubleReplacing(e(), inPtrs.empty() ? nullptr : inPtrs.data(),
+                                        outPtrs.empty() ? nullptr : outPtrs.data(), frames);
+            return;
+        }
+        for (size_t c = 0; c < in.size() && c < inF.size(); c++)
+            for (int n = 0; n < frames; n++) inF[c][size_t(n)] = float(in[c][size_t(n)]);
+        e()->processReplacing(e(), inPtrsF.empty() ? nullptr : inPtrsF.data(),
+                              outPtrsF.empty() ? nullptr : outPtrsF.data(), frames);
+        // Back into the double buffers; a float guard written over shows as a double one.
+        for (size_t c = 0; c < out.size() && c < outF.size(); c++) {
+            for (int n = 0; n < frames; n++) out[c][size_t(n)] = outF[c][size_t(n)];
+            for (size_t g = 0; g < GUARD; g++)
+                out[c][size_t(frames) + g] = outF[c][size_t(frames) + g] == float(SENTINEL) ? SENTINEL : 0.0;
+        }
+        for (size_t c = 0; c < in.size() && c < inF.size(); c++)
+            for (size_t g = 0; g < GUARD; g++)
+                if (inF[c][inF[c].size() - GUARD + g] != float(SENTINEL)) in[c][in[c].size() - GUARD + g] = 0.0;
     }
     // Every output sample written, finite and not subnormal; every guard intact.
     bool outputsSound(int frames, Check& c) const {
@@ -148,6 +177,12 @@ bool testOpenClose(Validation& v, Check& c) {
         for (Instance& a : many)
             if (!a.open(v, 6, 48000.0, c)) return false;
     }
+    return true;
+}
+
+// The channel-count query: the counts the host answers become the effect's, out-of-range ones
+// give a stereo instance.
+bool testChannelCount(Validation& v, Check& c) {
     const int counts[] = {1, 2, 6, 8, 12, 16, 64, 128};
     for (int n : counts) {
         Instance a;
@@ -176,7 +211,19 @@ bool testParameterTexts(Validation& v, Check& c) {
         if (!textCall(e, effGetParamDisplay, i, 0, 0.0f, &display, "the display text", c)) return false;
         if (name.empty()) return c.fail("parameter " + std::to_string(i) + " has no name");
         if (display.empty()) return c.fail("parameter " + std::to_string(i) + " (" + name + ") has no display text");
-        // The effect's own text-to-value reading of its display text shows the same text again.
+    }
+    return true;
+}
+
+// The effect's own text-to-value reading of each display text shows the same text again.
+bool testValueTexts(Validation& v, Check& c) {
+    Instance a;
+    if (!a.open(v, 6, 48000.0, c)) return false;
+    AEffect* e = a.e();
+    for (int i = 0; i < e->numParams; i++) {
+        std::string name, display;
+        if (!textCall(e, effGetParamName, i, 0, 0.0f, &name, "the name", c)) return false;
+        if (!textCall(e, effGetParamDisplay, i, 0, 0.0f, &display, "the display text", c)) return false;
         char parsed[256];
         std::snprintf(parsed, sizeof parsed, "%s", display.c_str());
         if (e->dispatcher(e, effVendorSpecific, 27, i, parsed, 0.0f) != 0xBEEF) continue;
@@ -302,7 +349,14 @@ bool testState(Validation& v, Check& c) {
     Instance b;
     if (!b.open(v, 2, 48000.0, c)) return false;
     sessionLoadState(&b.s, first);
-    if (sessionSaveState(&b.s) != first) return c.fail("a state loaded into a fresh instance saves to other bytes");
+    std::vector<unsigned char> second = sessionSaveState(&b.s);
+    if (second != first) {
+        size_t at = 0;
+        while (at < first.size() && at < second.size() && first[at] == second[at]) at++;
+        return c.fail("a state loaded into a fresh instance saves to other bytes: first difference at byte " +
+                      std::to_string(at) + ", " + std::to_string(first.size()) + " bytes saved, " +
+                      std::to_string(second.size()) + " after the round trip");
+    }
     // Damaged and cut copies load without harm, and the instance keeps processing.
     for (int round = 0; round < 300; round++) {
         std::vector<unsigned char> bad = first;
@@ -388,21 +442,30 @@ bool testThreads(Validation& v, Check& c) {
     return ok;
 }
 
+bool testUsesProtocol(Validation& v, Check& c) {
+    Instance a;
+    if (!a.open(v, 2, 48000.0, c)) return false;
+    return sessionSpeaksProtocol(&a.s) || c.fail("no");
+}
+
 struct ValidatorTest {
     const char* name;
     int strictness;
+    bool protocol;  // a test of this project's host protocol, run only for plugins that use it
     bool (*run)(Validation&, Check&);
 };
 
 const ValidatorTest VALIDATOR_TESTS[] = {
-    {"open-close", 1, testOpenClose},
-    {"parameter-texts", 2, testParameterTexts},
-    {"audio", 3, testAudio},
-    {"block-extremes", 4, testBlockExtremes},
-    {"automation", 5, testAutomation},
-    {"state", 6, testState},
-    {"channel-changes", 7, testChannelChanges},
-    {"threads", 8, testThreads},
+    {"open-close", 1, false, testOpenClose},
+    {"channel-count", 1, true, testChannelCount},
+    {"parameter-texts", 2, false, testParameterTexts},
+    {"value-texts", 2, true, testValueTexts},
+    {"audio", 3, false, testAudio},
+    {"block-extremes", 4, false, testBlockExtremes},
+    {"automation", 5, false, testAutomation},
+    {"state", 6, false, testState},
+    {"channel-changes", 7, true, testChannelChanges},
+    {"threads", 8, false, testThreads},
 };
 
 // A test that ran longer than this is taken to hang.
@@ -478,41 +541,48 @@ bool parseWhole(const std::string& text, long lo, long hi, long* out) {
 }  // namespace
 
 int commandValidate(int argc, char** argv) {
-    Validation v;
-    v.seed = 1;
-    long strictness = 5, seed = 1;
-    std::string only;
-    for (int i = 0; i < argc; i++) {
-        std::string arg = argv[i];
-        if (arg == "--strictness" || arg == "--seed" || arg == "--only") {
-            if (i + 1 >= argc) return fail("option " + arg + " needs a value");
-            std::string value = argv[++i];
-            if (arg == "--only") only = value;
-            else if (arg == "--strictness" && !parseWhole(value, 1, 10, &strictness))
-                return fail("--strictness '" + value + "': expected 1 to 10");
-            else if (arg == "--seed" && !parseWhole(value, 0, 0x7FFFFFFF, &seed))
-                return fail("--seed '" + value + "': expected a whole number");
-        } else if (arg.size() > 1 && arg[0] == '-') {
-            return fail("unknown option '" + arg + "'");
-        } else if (v.plugin.empty()) {
-            v.plugin = arg;
-        } else {
-            return fail("unexpected argument '" + arg + "'");
-        }
+    ParsedArgs args;
+    std::string problem;
+    if (!parseArgs(argc, argv, {{"--strictness", true}, {"--seed", true}, {"--only", true}, {"--list", false}}, &args, &problem))
+        return fail(problem);
+    if (optionGiven(args, "--list")) {
+        std::printf("strictness  test             kind\n");
+        for (const ValidatorTest& t : VALIDATOR_TESTS)
+            std::printf("%10d  %-16s %s\n", t.strictness, t.name,
+                        t.protocol ? "this project's host protocol" : "general VST 2");
+        return 0;
     }
-    if (v.plugin.empty()) return fail("expected the path of a plugin library");
+    Validation v;
+    long strictness = 5, seed = 1;
+    std::string only = optionValue(args, "--only");
+    std::string value = optionValue(args, "--strictness", "5");
+    if (!parseWhole(value, 1, 10, &strictness)) return fail("--strictness '" + value + "': expected 1 to 10");
+    value = optionValue(args, "--seed", "1");
+    if (!parseWhole(value, 0, 0x7FFFFFFF, &seed)) return fail("--seed '" + value + "': expected a whole number from 0 to 2147483647");
+    if (args.positional.size() > 1) return fail("unexpected argument '" + args.positional[1] + "'");
+    if (args.positional.empty()) return fail("expected the path of a plugin library");
+    v.plugin = args.positional[0];
     bool known = only.empty();
     for (const ValidatorTest& t : VALIDATOR_TESTS) known = known || only == t.name;
-    if (!known) return fail("--only '" + only + "': no test of that name");
+    if (!known) return fail("--only '" + only + "': no test of that name (validate --list shows them)");
     PluginLibrary probe;
     if (!pluginLibraryOpen(&probe, v.plugin.c_str())) return fail(probe.error);
     pluginLibraryClose(&probe);
 
+    // Whether the plugin uses this project's protocol, asked where a crash costs nothing.
     v.seed = uint32_t(seed);
-    int passed = 0, failed = 0;
+    v.protocol = false;
+    std::string ignored;
+    v.protocol = runTest(ValidatorTest{"protocol", 0, false, testUsesProtocol}, v, &ignored);
+    int passed = 0, failed = 0, skipped = 0;
     for (const ValidatorTest& t : VALIDATOR_TESTS) {
         // --only names one test, whatever its strictness.
         if (only.empty() ? t.strictness > strictness : only != t.name) continue;
+        if (t.protocol && !v.protocol) {
+            std::printf("SKIP %s: the plugin does not use this project's host protocol\n", t.name);
+            skipped++;
+            continue;
+        }
         v.rng.seed(v.seed);
         std::string why;
         bool ok = runTest(t, v, &why);
@@ -521,6 +591,8 @@ int commandValidate(int argc, char** argv) {
         std::fflush(stdout);
         (ok ? passed : failed)++;
     }
-    std::printf("%d passed, %d failed\n", passed, failed);
+    std::printf("%d passed, %d failed", passed, failed);
+    if (skipped) std::printf(", %d skipped", skipped);
+    std::printf("\n");
     return failed ? 1 : 0;
 }

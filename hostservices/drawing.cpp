@@ -202,7 +202,14 @@ int HostFont::drawText(MIRQ_IBitmap* bitmap, const char* text, int count, TextRe
                     toStored(rect->bottom, scale)};
     PixelBox whole = {0, 0, storedWidth, storedHeight};
     PixelBox inRect = intersect(whole, {box.left, box.top, box.right, box.bottom});
-    PixelBox clip = dtFlags & MIRQ_DT_NOCLIP ? whole : inRect;
+    PixelBox clip = inRect;
+    if (dtFlags & MIRQ_DT_NOCLIP) {
+        // Unclipped text stays within its own size of the rectangle, whatever the alignment:
+        // the mask need not cover the whole bitmap.
+        int w = 0, h = 0;
+        fontFaceMeasure(face, text, count, dtFlags, &w, &h);
+        clip = intersect(whole, {box.left - w - 2, box.top - h - 2, box.right + w + 2, box.bottom + h + 2});
+    }
 
     if (backMode == MIRQ_BACK_OPAQUE)
         for (int y = inRect.top; y < inRect.bottom; y++)

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "foundation/host_api.h"
+#include "hostservices/draw_library.h"
 #include "hostservices/drawing.h"
 
 #if defined(_WIN32)
@@ -72,6 +73,8 @@ void* hostServiceFind(const char* name) {
     if (!name) return nullptr;
     for (const HostService& s : HOST_SERVICES)
         if (std::strcmp(s.name, name) == 0) return s.function;
+    for (int i = 0; i < HOST_DRAWING_SERVICE_COUNT; i++)
+        if (std::strcmp(HOST_DRAWING_SERVICES[i].name, name) == 0) return HOST_DRAWING_SERVICES[i].function;
     return nullptr;
 }
 

@@ -12,12 +12,13 @@ struct HostService {
     void* function;
 };
 
-// Every service of this library, one row a name, as a plugin imports it.
+// The services of this library, one row a name, as a plugin imports it; the drawing primitives
+// have their own table, HOST_DRAWING_SERVICES (hostservices/draw_library.h).
 extern const HostService HOST_SERVICES[];
 extern const int HOST_SERVICE_COUNT;
 
-// [any thread] The function offered under name, or null when this library has none by that
-// name (a null name included). Services that belong to one host, such as its ini file and its
+// [any thread] The function offered under name, from either table, or null when this library
+// has none by that name (a null name included). Services that belong to one host, such as its ini file and its
 // translations, are the host's own to offer.
 void* hostServiceFind(const char* name);
 

@@ -19,7 +19,7 @@
 #include "host/session.h"
 #include "layouts/layouts.h"
 #include "engine/records.h"
-#include "shell/parameter_map.h"
+#include "engine/parameter_map.h"
 
 namespace {
 

@@ -237,3 +237,42 @@ void buildReachRow(SurroundPanner* p, int row, uint32_t excluded, ReachNeighbour
 void buildReachTables(SurroundPanner* p) {
     for (int b = 0; b < SPEAKER_SET_COUNT; b++) buildReachRow(p, b, SPEAKER_SET_EXCLUDED[b], reachNeighbourCounts);
 }
+
+void buildViewReachRow(SurroundPanner* p) {
+    int n = speakerCount(p);
+    PanSpeaker* spk = speakerRecords(p);
+    const double centre = sharedLoad(p->centerPercent), side = sharedLoad(p->sidePercent);
+    const int row = REACH_ROW_VIEW;
+    for (int i = 0; i < n; i++) {
+        PanSpeaker& s = spk[i];
+        for (int a = 0; a < REACH_AXES; a++) s.reachNeg[row][a] = s.reachPos[row][a] = 0.0;
+        if (!isPanningSpeaker(s) || s.influence == 0.0) continue;
+        const bool silent = ((s.flags & SPK_CENTERGROUP) && centre == 0.0) || ((s.flags & SPK_SIDEGROUP) && side == 0.0);
+        const double pos[3] = {s.posX, s.posY, s.posZ};
+        const double warp[3] = {s.warpX, s.warpY, s.warpZ};
+        for (int a = 0; a < REACH_AXES; a++) {
+            const double low = a == 2 ? 0.0 : -1.0;
+            int nearNeg = -1, nearPos = -1;
+            double distNeg = -1.0, distPos = -1.0;
+            for (int k = 0; k < n; k++) {
+                const PanSpeaker& t = spk[k];
+                if (k == i || !isPanningSpeaker(t)) continue;
+                const double tw = a == 0 ? t.warpX : a == 1 ? t.warpY : t.warpZ;
+                double d = std::fabs(tw - warp[a]);
+                if (!reachNeighbourCounts(s, t, a, d)) continue;
+                if (tw < warp[a] && (distNeg < 0 || d < distNeg)) distNeg = d, nearNeg = k;
+                if (tw > warp[a] && (distPos < 0 || d < distPos)) distPos = d, nearPos = k;
+            }
+            auto weighed = [&](double d, int k) {
+                if (s.flags & SPK_CENTERGROUP) d *= centre;
+                if (s.flags & SPK_SIDEGROUP) d *= side;
+                if (spk[k].flags & SPK_CENTERGROUP) d *= 2.0 - centre;
+                if (spk[k].flags & SPK_SIDEGROUP) d *= 2.0 - side;
+                return d * s.influence;
+            };
+            const bool wallNeg = pos[a] == low, wallPos = pos[a] == 1.0;
+            s.reachNeg[row][a] = wallNeg ? -1.0 : silent ? 0.0 : nearNeg < 0 ? -1.0 : weighed(distNeg, nearNeg);
+            s.reachPos[row][a] = wallPos ? -1.0 : silent ? 0.0 : nearPos < 0 ? -1.0 : weighed(distPos, nearPos);
+        }
+    }
+}

@@ -44,3 +44,8 @@ bool reachNeighbourCounts(const PanSpeaker& s, const PanSpeaker& t, int axis, do
 void buildReachRow(SurroundPanner* p, int row, uint32_t excluded, ReachNeighbourTest counts);
 // [audio thread, under stateLock] Rows 0 to 3, one for each speaker set.
 void buildReachTables(SurroundPanner* p);
+// [window thread] Row REACH_ROW_VIEW, which only the room view reads: every panning speaker
+// takes part, a group speaker whose share is 0 reaches nowhere but to its walls, and each
+// distance found is weighted by the shares of the speaker's and the neighbour's groups before
+// the influence.
+void buildViewReachRow(SurroundPanner* p);

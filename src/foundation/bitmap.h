@@ -19,6 +19,15 @@ enum : int {
 constexpr int MIRQ_SUB_BITMAP_ANSWER = 0x1000;
 constexpr int MIRQ_SCALE_ONE = 256;
 
+// Bits of the mode argument of the host's drawing functions. Without MIRQ_MODE_ADD a colour is
+// blended over what lies below; with it, added. MIRQ_MODE_FILTER samples a blit's source
+// bilinearly, MIRQ_MODE_SOURCE_ALPHA blends it by its own (premultiplied) alpha.
+enum : int {
+    MIRQ_MODE_ADD = 0x1,
+    MIRQ_MODE_FILTER = 0x100,
+    MIRQ_MODE_SOURCE_ALPHA = 0x10000,
+};
+
 // Slot 0 of the bitmap and font interfaces ends the object: it runs the object's destructor and,
 // with MIRQ_DESTROY_FREE in flags, frees its memory. It is one slot, as the deleting destructor
 // of the host's compiler has it, and not a virtual destructor, which this compiler lays out as

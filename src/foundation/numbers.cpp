@@ -39,3 +39,12 @@ double saneSetting(double value) {
     if (!std::isfinite(value) || std::fpclassify(value) == FP_SUBNORMAL) return 0.0;
     return value > LIMIT ? LIMIT : value < -LIMIT ? -LIMIT : value;
 }
+
+uint64_t fnv64(const void* bytes, size_t count, uint64_t hash) {
+    const uint8_t* b = static_cast<const uint8_t*>(bytes);
+    for (size_t i = 0; i < count; i++) {
+        hash *= 0x100000001B3ull;
+        hash ^= b[i];
+    }
+    return hash;
+}

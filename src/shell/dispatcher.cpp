@@ -4,6 +4,7 @@
 #include <cstring>
 #include <strings.h>
 
+#include "editor/dialog_frame.h"
 #include "engine/position.h"
 #include "engine/records.h"
 #include "engine/speaker_analysis.h"
@@ -11,9 +12,11 @@
 #include "foundation/numbers.h"
 #include "layouts/layouts.h"
 #include "platform/platform.h"
+#include "roomview/paint.h"
 #include "shell/panner.h"
 #include "shell/parameters.h"
 #include "shell/state_chunk.h"
+#include "shell/theme.h"
 
 const char* const EFFECT_NAME = "KelvanePan";
 const char* const VENDOR_NAME = "Tarnwick";
@@ -108,10 +111,7 @@ void notePendingChange(SurroundPanner* p, bool forced) {
 
 intptr_t editGetRect(SurroundPanner* p, void* ptr) {
     if (!ptr) return 0;
-    p->editorRect.top = 0;
-    p->editorRect.left = 0;
-    p->editorRect.bottom = 640;
-    p->editorRect.right = 520;
+    editorRect(p, &p->editorRect);
     *static_cast<ERect**>(ptr) = &p->editorRect;
     return 1;
 }
@@ -254,7 +254,9 @@ intptr_t vendorSpecific(SurroundPanner* p, int32_t index, intptr_t value, void* 
             return VENDOR_DONE;
         }
         case VENDOR_CHANNEL_NOTICE: channelNotice(p, value); return 0;
-        case VENDOR_VIEW: return embeddedView(p, int(opt), ptr);
+        case VENDOR_VIEW:
+            if (intptr_t r = 0; smallViewMessage(p, int(opt), value, ptr, themeColours, &r)) return r;
+            return embeddedView(p, int(opt), ptr);
         case VENDOR_READ_NAMED:
             if (!ptr || !value) return 0;
             return readNamed(p, reinterpret_cast<const char*>(value), static_cast<char*>(ptr), int(opt));
@@ -335,6 +337,11 @@ intptr_t VST_CALL dispatcher(AEffect* effect, int32_t opcode, int32_t index, int
             return 0;
         case effEditGetRect:
             return editGetRect(p, ptr);
+        case effEditOpen:
+            return editorOpen(p, ptr);
+        case effEditClose:
+            editorClose(p);
+            return 0;
         case effGetChunk:
             return ptr ? saveState(p, static_cast<void**>(ptr)) : 0;
         case effSetChunk:

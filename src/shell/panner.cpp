@@ -4,12 +4,16 @@
 #include <cstring>
 #include <type_traits>
 
+#include "editor/dialog_frame.h"
 #include "engine/audio_block.h"
 #include "engine/speaker_analysis.h"
 #include "foundation/font.h"
 #include "foundation/host_api.h"
 #include "foundation/numbers.h"
 #include "layouts/layouts.h"
+#include "roomview/paint.h"
+#include "roomview/scene.h"
+#include "roomview/view_window.h"
 #include "shell/dispatcher.h"
 #include "shell/parameters.h"
 #include "shell/state_chunk.h"
@@ -118,7 +122,7 @@ SurroundPanner* createPanner() {
     p->audioSpeakers = -1;
 
     // 12. The first instance registers the view's window class.
-    if (++instanceCount == 1) windowClassRegister(VIEW_WINDOW_CLASS, nullptr);
+    if (++instanceCount == 1) windowClassRegister(VIEW_WINDOW_CLASS, roomViewWindowProcedure());
 
     // 13. Editor fields start empty.
     std::memset(p->dialogMetrics, 0, sizeof p->dialogMetrics);
@@ -128,16 +132,20 @@ SurroundPanner* createPanner() {
 
 void destroyPanner(SurroundPanner* p) {
     if (!p) return;
-    // 1. The editor window belongs to the dialog, which closes it.
+    // 1. The editor window belongs to the dialog, which closes it; the view's scene and bitmaps
+    // go with the instance when no editor took them.
+    editorClose(p);
     p->editorWindow = nullptr;
+    releaseRoomView(p);
     // 2. Delay lines, last to first.
     releaseDelayLines(p);
-    // 3. The last instance takes the window class, the shared chunk buffer and the label font
-    // with it.
+    // 3. The last instance takes the window class, the shared chunk buffer, the label font and
+    // what the room views share with it.
     if (--instanceCount == 0) {
         windowClassUnregister(VIEW_WINDOW_CLASS);
         releaseStateBuffer();
         releaseLabelFont();
+        releaseRoomViewShared();
     }
     // 4. Gestures, then the grow buffers in reverse order of construction.
     GrowBuffer* containers[CONTAINER_COUNT];

@@ -4,21 +4,7 @@
 
 #include <cstdint>
 
-struct ThemeColours {
-    uint32_t frontcol;
-    uint32_t rearcol;
-    uint32_t wallcol;
-    uint32_t ceilcol;
-    uint32_t floorcol;
-    uint32_t spkcol;
-    uint32_t selspkcol;
-    uint32_t infcol;
-    uint32_t marqcol;
-    uint32_t infalpha;  // only the low byte counts
-};
-
-// Process-wide; starts at the defaults and keeps the last values read.
-extern ThemeColours themeColours;
+#include "foundation/theme_colours.h"
 
 // [host's instantiating thread] Reads the ten keys in table order, each with its present value
 // as the default, so that a missing key keeps what it had. A null or empty path reads nothing.

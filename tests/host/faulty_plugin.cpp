@@ -80,6 +80,7 @@ FAULTY_EXPORT AEffect* VST_CALL VSTPluginMain(audioMasterCallback host) {
     f->effect.processDoubleReplacing = processDouble;
     f->effect.setParameter = setParameter;
     f->effect.getParameter = getParameter;
+    f->effect.flags = effFlagsCanReplacing | effFlagsCanDoubleReplacing;
     f->effect.numParams = 1;
     f->effect.numInputs = int32_t(n);
     f->effect.numOutputs = int32_t(n);

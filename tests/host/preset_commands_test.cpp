@@ -94,6 +94,18 @@ TEST(PresetCommandsTest, SaveListLoadRenameDeleteThroughThePlugin) {
     names = linesOf(r.out);
     std::sort(names.begin(), names.end());
     EXPECT_EQ(names, (std::vector<std::string>{"Hall", "Odd"}));
+
+    // Over an existing preset, save and rename follow one rule: only with --force.
+    const std::string hall = dir.read("SpeakerSetups/Hall.BrasselSpeakerSetup");
+    EXPECT_EQ(runTool(dir, "preset save Hall --layout Stereo" + ini).code, 2);
+    EXPECT_EQ(runTool(dir, "preset rename Odd Hall" + ini).code, 2);
+    EXPECT_EQ(dir.read("SpeakerSetups/Hall.BrasselSpeakerSetup"), hall);
+    EXPECT_EQ(runTool(dir, "preset save Hall --layout Stereo --force" + ini).code, 0);
+    EXPECT_EQ(linesOf(dir.read("SpeakerSetups/Hall.BrasselSpeakerSetup")).size(), 2u);
+    const std::string odd = dir.read("SpeakerSetups/Odd.BrasselSpeakerSetup");
+    EXPECT_EQ(runTool(dir, "preset rename Odd Hall --force" + ini).code, 0);
+    EXPECT_EQ(dir.read("SpeakerSetups/Hall.BrasselSpeakerSetup"), odd);
+    EXPECT_EQ(linesOf(runTool(dir, "preset list" + ini).out), (std::vector<std::string>{"Hall"}));
 }
 
 TEST(PresetCommandsTest, RenderPutsThePresetSpeakersIntoThePlugin) {
@@ -116,8 +128,9 @@ TEST(PresetCommandsTest, BadInputGetsOneLineAndKeepsWhatWasThere) {
     ASSERT_EQ(runTool(dir, "preset save Other --layout Quadraphonic" + ini).code, 0);
     dir.write("SpeakerSetups/Blank.BrasselSpeakerSetup", "\r\n  \r\n");
     dir.write("notchunk.bin", "no chunk here");
-    // A folder where the temporary would go makes the save fail after the preset was chosen.
+    // Names like those of temporaries belong to others: the save neither uses nor removes them.
     std::filesystem::create_directory(dir.path / "SpeakerSetups" / "Keep.BrasselSpeakerSetup.partial");
+    std::filesystem::permissions(dir.path / "SpeakerSetups" / "Other.BrasselSpeakerSetup", std::filesystem::perms(0444));
     std::string in = dir.file("in.wav");
     ASSERT_EQ(std::system(("sox -n -r 48000 -c 1 " + q(in) + " synth 0.05 sine 300").c_str()), 0);
     std::string good = dir.write("good.wav", "keep me");
@@ -136,7 +149,10 @@ TEST(PresetCommandsTest, BadInputGetsOneLineAndKeepsWhatWasThere) {
         {"preset save Keep" + ini, "--layout NAME and --state FILE"},
         {"preset save Keep --layout Nowhere" + ini, "Nowhere"},
         {"preset save Keep --state " + q(dir.file("notchunk.bin")) + ini, "notchunk.bin"},
-        {"preset save Keep --layout Quadraphonic" + ini, "cannot write"},
+        {"preset save Keep --layout Quadraphonic" + ini, "'Keep' exists already"},
+        {"preset save Other --layout Stereo --force" + ini, "read-only"},
+        {"preset rename Keep Other --force" + ini, "read-only"},
+        {"preset delete Keep --force" + ini, "--force belongs to save and rename"},
         {"preset save X --layout Stereo --ini " + q(dir.file("no/such/host.ini")), "no/such"},
         {"preset rename Keep Other" + ini, "'Other' exists"},
         {"preset rename Gone New" + ini, "Gone"},

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "host/loader.h"
-#include "shell/host_api.h"
-#include "shell/parameter_map.h"
+#include "foundation/host_api.h"
+#include "engine/parameter_map.h"
 
 namespace {
 
