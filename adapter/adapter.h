@@ -44,6 +44,10 @@ struct AdapterEffect {
 // callback and wraps the instance. Null for a null host or when the core makes no instance.
 AEffect* adapterMain(audioMasterCallback host);
 
+// [library detach] Undoes what adapterMain set up for the process: on Windows, the editor's
+// control classes when this library registered them.
+void adapterDetach();
+
 // [any thread] The callback the core calls: function lookups and queries are answered here,
 // everything else goes to the real host with the proxy in place of the core's effect.
 intptr_t VST_CALL adapterCallback(AEffect* effect, int32_t opcode, int32_t index, intptr_t value, void* ptr,

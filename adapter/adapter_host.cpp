@@ -12,11 +12,19 @@
 #include "platform/platform.h"
 #include "shell/entry.h"
 
+#if defined(_WIN32)
+#include <windows.h>
+
+#include "hostservices/controls.h"
+#endif
+
 namespace {
 
 // Process-wide: the real host of the most recent VSTPluginMain call; it takes the calls that
 // name no instance of the adapter.
 std::atomic<audioMasterCallback> latestHost{nullptr};
+// Process-wide: whether this library registered the editor's control classes.
+bool controlsRegisteredHere = false;
 
 const char* iniFile() { return adapterIniFile(); }
 
@@ -74,8 +82,26 @@ intptr_t VST_CALL adapterCallback(AEffect* effect, int32_t opcode, int32_t index
 AEffect* adapterMain(audioMasterCallback host) {
     if (!host) return nullptr;
     latestHost.store(host);
+#if defined(_WIN32)
+    // The editor's dialog names control classes a DAW does not register; this library does,
+    // unless the process has them already (a failure leaves the editor without them).
+    static std::once_flag once;
+    std::call_once(once, [] {
+        WNDCLASSW existing;
+        if (!GetClassInfoW(GetModuleHandleW(nullptr), L"BRASSELknob", &existing))
+            controlsRegisteredHere = hostControlsRegister();
+    });
+#endif
     AEffect* inner = pluginMain(&adapterCallback);
     if (!inner) return nullptr;
     AdapterEffect* a = adapterWrap(inner, host);
     return a ? &a->proxy : nullptr;
+}
+
+void adapterDetach() {
+#if defined(_WIN32)
+    // The classes' window procedures live in this library: they go with it.
+    if (controlsRegisteredHere) hostControlsUnregister();
+    controlsRegisteredHere = false;
+#endif
 }

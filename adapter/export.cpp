@@ -7,6 +7,7 @@
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID) {
     if (reason == DLL_PROCESS_ATTACH) setModuleHandle(instance);
+    if (reason == DLL_PROCESS_DETACH) adapterDetach();
     return TRUE;
 }
 #define KVP_EXPORT extern "C" __declspec(dllexport)

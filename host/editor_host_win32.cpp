@@ -3,7 +3,7 @@
 
 #include <windows.h>
 
-#include "host/controls.h"
+#include "hostservices/controls.h"
 #include "host/png.h"
 
 namespace {

@@ -30,7 +30,7 @@ TEST(EditorWindowTest, OnLinuxEditSaysInOneLineThatTheEditorIsAWindowsDialog) {
 #include "editor/dialog_controls.h"
 #include "editor/dialog_layout.h"
 #include "engine/instance.h"
-#include "host/controls.h"
+#include "hostservices/controls.h"
 #include "hostservices/drawing.h"
 #include "host/editor_host.h"
 #include "host/session.h"

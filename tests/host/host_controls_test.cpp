@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "foundation/button_skin.h"
-#include "host/controls.h"
+#include "hostservices/controls.h"
 #include "hostservices/drawing.h"
 
 namespace {

@@ -1,7 +1,7 @@
 // The four window classes a plugin's dialog template may name and the host provides: a knob, a
 // horizontal fader, a horizontal level meter and a button drawn from a three-frame skin. The
-// host registers them before it opens effects. Windows builds only; kelvane-host's editor and
-// the tests that drive the controls call this.
+// host registers them before it opens effects, kelvanepan-daw before it makes its first instance.
+// Windows builds only; kelvane-host's editor and the tests that drive the controls call this.
 #pragma once
 
 #include <cstdint>

@@ -1,7 +1,7 @@
 // The host's control classes, drawn with GDI. Every control keeps a HostControlState in its
 // window's user data and tells its parent what the user did: faders with WM_HSCROLL and a final
 // SB_ENDSCROLL, knobs with their grab message and WM_COMMAND, buttons with BN_CLICKED.
-#include "host/controls.h"
+#include "hostservices/controls.h"
 
 #include <windows.h>
 
