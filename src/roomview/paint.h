@@ -12,8 +12,6 @@
 
 // viewRedrawFlags
 enum : uint32_t { VIEW_REDRAW_PAINT = 1, VIEW_REDRAW_WORLD = 2 };
-// editorStamps entries of the view: inputs of the window and of the small view, then speakers.
-enum { STAMP_VIEW_INPUTS = 5, STAMP_VIEW_SPEAKERS = 7 };
 
 // Hash what the view shows of the inputs or of the speakers, store it in the view's stamp and
 // say whether it differs from the stored one.

@@ -33,6 +33,7 @@ TEST(EditorWindowTest, OnLinuxEditSaysInOneLineThatTheEditorIsAWindowsDialog) {
 #include "host/controls.h"
 #include "host/drawing.h"
 #include "host/editor_host.h"
+#include "host/safe_output.h"
 #include "host/session.h"
 #include "tests/host/plugin_paths.h"
 
