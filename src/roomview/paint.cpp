@@ -6,7 +6,9 @@
 #include "foundation/font.h"
 #include "foundation/host_api.h"
 #include "roomview/overlays.h"
+#include "roomview/pointer.h"
 #include "roomview/scene.h"
+#include "roomview/view_window.h"
 
 namespace {
 
@@ -226,6 +228,6 @@ bool smallViewMessage(SurroundPanner* p, int message, intptr_t value, void* ptr,
             *result = 1;
             return true;
         }
-        default: return false;
+        default: return smallViewPointerMessage(p, message, ptr, viewKeyState(), result);
     }
 }
