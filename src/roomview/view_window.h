@@ -7,6 +7,9 @@
 
 struct SurroundPanner;
 
+// The dialog's message that a speaker drag ended: it refreshes its center and side controls.
+constexpr unsigned MSG_REFRESH_CENTER_SIDE = 0x4CA;
+
 // The procedure of the class (a WNDPROC in Windows builds); null elsewhere, where the class has
 // the default procedure.
 void* roomViewWindowProcedure();
