@@ -1,7 +1,8 @@
 // The room view's paint of a 520 by 520 window at an advised scale of 100 %, so that the room is
 // drawn at 1040 by 1040 and filtered down, for "7.1.4 surround" with 16 inputs: in the orbit view,
 // which renders every paint, and in the top view with only inputs moving, which brings the cached
-// room over and draws the flat layers on it. Each paint is timed against a plain fill of the
+// room over and draws the flat layers on it; and, without a target, the orbit view while the
+// camera turns, when every paint also repaints the wall textures. Each paint is timed against a plain fill of the
 // room's 1040 by 1040 pixels in the same run. The host's bitmaps, drawing library and fonts are
 // the reference host's, imported by name as the plugin imports them.
 #include <benchmark/benchmark.h>
@@ -38,9 +39,7 @@ struct PaintedRoom {
 
     explicit PaintedRoom(int mode) {
         if (!host) return;
-        for (int i = 0; i < HOST_API_NAME_COUNT; i++)
-            importHostFunction(reinterpret_cast<void**>(reinterpret_cast<char*>(&hostApi) + HOST_API_NAMES[i].slotOffset),
-                               HOST_API_NAMES[i].name, refHostCallback(host));
+        refHostImportServices(host);
         panner = createPanner();
         if (!panner) return;
         applyLayout(panner, 11);  // "7.1.4 surround"
@@ -67,7 +66,7 @@ struct PaintedRoom {
     }
 };
 
-void run(benchmark::State& state, int mode) {
+void run(benchmark::State& state, int mode, bool turning = false) {
     PaintedRoom room(mode);
     if (!room.panner) {
         state.SkipWithError("no instance");
@@ -79,6 +78,10 @@ void run(benchmark::State& state, int mode) {
     uint32_t shade = 0;
     for (auto _ : state) {
         room.moveInputs(++step);
+        if (turning) {
+            setOrbit(room.panner, PANE_ORBIT, -67.5 + step * 0.5, 22.5);
+            room.panner->viewRedrawFlags = VIEW_REDRAW_WORLD;
+        }
         const double t0 = threadSeconds();
         std::fill(room.fillTarget.begin(), room.fillTarget.end(), 0xFF101820u + (shade++ & 7));
         const double t1 = threadSeconds();
@@ -98,7 +101,9 @@ void run(benchmark::State& state, int mode) {
 
 void roomViewPaintOrbit(benchmark::State& state) { run(state, VIEW_ORBIT); }
 void roomViewPaintTopInputsMoving(benchmark::State& state) { run(state, VIEW_TOP); }
+void roomViewPaintOrbitTurning(benchmark::State& state) { run(state, VIEW_ORBIT, true); }
 BENCHMARK(roomViewPaintOrbit)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(roomViewPaintOrbitTurning)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(roomViewPaintTopInputsMoving)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 }  // namespace

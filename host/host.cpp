@@ -231,6 +231,12 @@ bool refHostLoadTranslations(RefHost* host, const char* path, int* badLine) {
     return true;
 }
 
+void refHostImportServices(RefHost* host) {
+    for (int i = 0; i < HOST_API_NAME_COUNT; i++)
+        importHostFunction(reinterpret_cast<void**>(reinterpret_cast<char*>(&hostApi) + HOST_API_NAMES[i].slotOffset),
+                           HOST_API_NAMES[i].name, refHostCallback(host));
+}
+
 std::vector<AudioMasterCall> refHostCalls(RefHost* host) {
     std::lock_guard<std::mutex> hold(host->callsMutex);
     return host->calls;

@@ -56,6 +56,10 @@ void refHostSetService(RefHost* host, const char* name, void* function);
 // with the line number in *badLine (0 when the file cannot be read) on the first bad line.
 bool refHostLoadTranslations(RefHost* host, const char* path, int* badLine);
 
+// [one thread] Fills the process's host function table (hostApi) by name from this host, as the
+// plugin's entry point does: for running the core library's user-interface code in the host.
+void refHostImportServices(RefHost* host);
+
 // [any thread] Copies of the recorded calls; and the names looked up, in order.
 std::vector<AudioMasterCall> refHostCalls(RefHost* host);
 std::vector<std::string> refHostLookups(RefHost* host);

@@ -126,9 +126,7 @@ bool paintWindow(SurroundPanner* p, const ViewOptions& o, std::vector<unsigned c
         return false;
     }
     HostApi saved = hostApi;
-    for (int i = 0; i < HOST_API_NAME_COUNT; i++)
-        importHostFunction(reinterpret_cast<void**>(reinterpret_cast<char*>(&hostApi) + HOST_API_NAMES[i].slotOffset),
-                           HOST_API_NAMES[i].name, refHostCallback(host));
+    refHostImportServices(host);
     ensureScene(p, themeColours);
     if (o.yawGiven || o.pitchGiven) {
         const Camera* orbit = viewCamera(p, PANE_ORBIT);

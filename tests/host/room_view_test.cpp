@@ -31,9 +31,7 @@ struct RoomViewTest : ::testing::Test {
         savedApi = hostApi;
         savedCallback = hostCallback;
         hostCallback = refHostCallback(host);
-        for (int i = 0; i < HOST_API_NAME_COUNT; i++)
-            importHostFunction(reinterpret_cast<void**>(reinterpret_cast<char*>(&hostApi) + HOST_API_NAMES[i].slotOffset),
-                               HOST_API_NAMES[i].name, hostCallback);
+        refHostImportServices(host);
         p = createPanner();
         ASSERT_TRUE(p);
         applyLayout(p, 5);  // "5.1 surround"
