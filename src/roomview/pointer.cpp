@@ -132,9 +132,10 @@ void moveInputs(SurroundPanner* p, const double delta[3]) {
     PanInput* in = inputRecords(p);
     const PanInput& grabbed = in[p->dragState[DRAG_INPUT]];
     const bool all = (p->uiFlags & FLAG_EDIT_ALL) != 0, respect = !(p->uiFlags & FLAG_IGNORE_REVERSE);
+    const bool solo = anyInputSolo(p);
     for (int i = 0; i < inputCount(p); i++) {
         PanInput& input = in[i];
-        if (!inputDrawn(p, i) || !(input.selected || all)) continue;
+        if (!inputDrawn(p, i, solo) || !(input.selected || all)) continue;
         auto sign = [&](uint8_t mine, uint8_t theirs) { return respect && mine != theirs ? -1.0 : 1.0; };
         input.workX += sign(input.reverseX, grabbed.reverseX) * delta[0];
         input.workY += sign(input.reverseY, grabbed.reverseY) * delta[1];
@@ -207,6 +208,7 @@ ChannelHit hitChannel(SurroundPanner* p, int pane, int x, int y, int width, int 
     const double weight = paneWeight(pane), middle = middleDistance(c);
     const PanInput* in = inputRecords(p);
     const PanSpeaker* spk = speakerRecords(p);
+    const bool solo = anyInputSolo(p);
     int grabX = 0, grabY = 0;
     for (int attempt = 0; attempt < (small ? 2 : 1); attempt++) {
         // The first attempt looks at the inner half of each disc.
@@ -220,7 +222,7 @@ ChannelHit hitChannel(SurroundPanner* p, int pane, int x, int y, int width, int 
             grabY = s.y - y;
         };
         for (int i = 0; wantInputs && i < inputCount(p); i++) {
-            if (!inputDrawn(p, i)) continue;
+            if (!inputDrawn(p, i, solo)) continue;
             ScreenPoint s = screenPoint(c, middle, sharedLoad(in[i].posX), sharedLoad(in[i].posY), sharedLoad(in[i].posZ));
             consider(s, radius((1.0 - (s.d - 1.0) * 0.5) * weight * 0.75 * w * 0.078125), i, &hit.input);
         }
@@ -429,8 +431,9 @@ bool marqueeUp(SurroundPanner* p, const ViewPointer& at) {
     const int left = std::min(m[0], m[2]), right = std::max(m[0], m[2]);
     const int top = std::min(m[1], m[3]), bottom = std::max(m[1], m[3]);
     PanInput* in = inputRecords(p);
+    const bool solo = anyInputSolo(p);
     for (int i = 0; i < inputCount(p); i++) {
-        if (!inputDrawn(p, i)) continue;
+        if (!inputDrawn(p, i, solo)) continue;
         const ScreenPoint s = screenPoint(c, 0.0, sharedLoad(in[i].posX), sharedLoad(in[i].posY), sharedLoad(in[i].posZ));
         if (!s.front || s.x < left || s.x >= right || s.y < top || s.y >= bottom) continue;
         in[i].selected = (at.keys & POINTER_CTRL) ? !in[i].selected : 1;

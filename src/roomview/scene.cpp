@@ -423,11 +423,11 @@ double speakerOpacity(const SurroundPanner* p, const PanSpeaker& s) {
     return opacity;
 }
 
-bool inputDrawn(const SurroundPanner* p, int index) {
+bool inputDrawn(const SurroundPanner* p, int index, bool anySolo) {
     if (index < 0 || index >= inputCount(p)) return false;
     if (index == 3 && (sharedLoad(p->channelOptions) & CHANNEL_OPTION_LFE_INPUT)) return false;
     const PanInput& in = inputRecords(p)[index];
-    return anyInputSolo(p) ? sharedLoad(in.solo) != 0 : !sharedLoad(in.mute);
+    return anySolo ? sharedLoad(in.solo) != 0 : !sharedLoad(in.mute);
 }
 
 VisibleInput* visibleInputs(int* count) {
@@ -437,8 +437,9 @@ VisibleInput* visibleInputs(int* count) {
 
 bool buildVisibleInputs(const SurroundPanner* p) {
     growBufferResize(&sharedVisibleInputs, 0);
+    const bool solo = anyInputSolo(p);
     for (int i = inputCount(p) - 1; i >= 0; i--) {
-        if (!inputDrawn(p, i)) continue;
+        if (!inputDrawn(p, i, solo)) continue;
         VisibleInput v = {i, 0, 0, 0.0};
         if (!growBufferAppend(&sharedVisibleInputs, &v, sizeof v)) {
             growBufferResize(&sharedVisibleInputs, 0);

@@ -71,8 +71,9 @@ int selectedSpeaker(const SurroundPanner* p);
 // Group share and influence: the opacity a speaker is drawn with.
 double speakerOpacity(const SurroundPanner* p, const PanSpeaker& s);
 
-// An input the view draws and edits: not the LFE input, and soloed, or unmuted without any solo.
-bool inputDrawn(const SurroundPanner* p, int index);
+// An input the view draws and edits: not the LFE input, and soloed, or unmuted without any solo
+// (anySolo: anyInputSolo, taken once by the caller).
+bool inputDrawn(const SurroundPanner* p, int index, bool anySolo);
 
 // Process-wide, shared by all instances: the inputs of the paint and the objects of the frame.
 VisibleInput* visibleInputs(int* count);
