@@ -6,6 +6,7 @@
 #include <cstring>
 #include <numbers>
 
+#include "engine/audio_mix.h"
 #include "engine/delay_line.h"
 #include "engine/gain_matrix.h"
 #include "engine/instance.h"
@@ -30,6 +31,7 @@ struct BlockHead {
     int nIn, nSpk;
     bool resized;
     bool anyDirty;
+    uint64_t dirty[2];  // the rows redone in this head
     double sampleRate;
     int firstInputStrip, firstSpeakerStrip;
     double meterGains[METER_STRIPS];
@@ -66,12 +68,11 @@ bool lockedHead(SurroundPanner* p, BlockHead* h) {
         speakersChanged.store(0);
     }
     // 3. Take the dirty bits in one step each, and redo those rows.
-    uint64_t dirty[2];
-    for (int k = 0; k < 2; k++) dirty[k] = std::atomic_ref<uint64_t>(p->gainsDirtyInputs[k]).exchange(0);
-    h->anyDirty = (dirty[0] | dirty[1]) != 0;
+    for (int k = 0; k < 2; k++) h->dirty[k] = std::atomic_ref<uint64_t>(p->gainsDirtyInputs[k]).exchange(0);
+    h->anyDirty = (h->dirty[0] | h->dirty[1]) != 0;
     int rows = h->nIn < CHANNEL_MASK_BITS ? h->nIn : CHANNEL_MASK_BITS;
     for (int i = 0; i < rows; i++)
-        if (bit(dirty, i)) computeInputGains(p, i);
+        if (bit(h->dirty, i)) computeInputGains(p, i);
     // 4. The gains the input meters are scaled by.
     const PanInput* in = inputRecords(p);
     // A strip start from a damaged state may sit near the int limit; anything that far is past
@@ -140,27 +141,69 @@ void delayInput(SurroundPanner* p, int i, double* in, int n, int delaySamples, d
     delayDrop(line, n);
 }
 
-// One input into one speaker: the first to reach the speaker overwrites, later ones add.
-void mix(const double* in, double* out, int n, double g, double dg, double target, bool first) {
-    if (dg == 0.0) {
-        if (first)
-            for (int k = 0; k < n; k++) out[k] = in[k] * g;
-        else
-            for (int k = 0; k < n; k++) out[k] += in[k] * g;
-        return;
+// Every input each active speaker hears, in input order, then the speaker mixed in passes of
+// several inputs; a speaker nothing reaches is silent. The meter strips' peaks come from the same
+// passes: a speaker's from its last, an input's from the first that reads it (or from a pass of
+// its own when it reaches no speaker). Peaks are written for the strips' active channels only.
+void mixSpeakers(const BlockHead& h, double** inputs, double** outputs, int nUseIn, int nUseOut, int n,
+                 const double* current, const double* target, const double* ramp, bool ramping,
+                 double inputPeaks[METER_STRIPS], double speakerPeaks[METER_STRIPS]) {
+    const MixKernels kernels = mixKernelsForCpu();
+    int heard[CHANNEL_MASK_BITS];
+    int heardCount = 0;
+    for (int i = 0; i < nUseIn && i < CHANNEL_MASK_BITS; i++)
+        if (inputs && inputs[i] && bit(h.inputActive, i)) heard[heardCount++] = i;
+    bool inputPeakTaken[METER_STRIPS] = {};
+    MixSource sources[CHANNEL_MASK_BITS];
+    // Speakers a batch at a time: one walk along the gain rows lists, for each speaker of the
+    // batch, the inputs with a gain or a ramp there (an append without a branch per cell).
+    constexpr int BATCH = 32;
+    uint8_t reaching[BATCH][CHANNEL_MASK_BITS];
+    for (int first = 0; first < nUseOut; first += BATCH) {
+        const int batch = nUseOut - first < BATCH ? nUseOut - first : BATCH;
+        int reachCount[BATCH] = {};
+        for (int u = 0; u < heardCount; u++) {
+            const size_t rowStart = size_t(heard[u]) * size_t(h.nSpk) + size_t(first);
+            const double* g = current + rowStart;
+            const double* dg = ramping && bit(h.dirty, heard[u]) ? ramp + rowStart : nullptr;
+            for (int b = 0; b < batch; b++) {
+                reaching[b][reachCount[b]] = uint8_t(u);
+                reachCount[b] += g[b] != 0.0 || (dg && dg[b] != 0.0);
+            }
+        }
+        for (int b = 0; b < batch; b++) {
+            const int s = first + b;
+            double* out = outputs ? outputs[s] : nullptr;
+            if (!out) continue;
+            const int count = bit(h.speakerActive, s) ? reachCount[b] : 0;
+            for (int k = 0; k < count; k++) {
+                const int i = heard[reaching[b][k]];
+                const size_t c = size_t(i) * size_t(h.nSpk) + size_t(s);
+                const double dg = ramping && bit(h.dirty, i) ? ramp[c] : 0.0;
+                const int strip = i - h.firstInputStrip;
+                double* samplePeak = nullptr;
+                if (strip >= 0 && strip < METER_STRIPS && !inputPeakTaken[strip]) {
+                    inputPeakTaken[strip] = true;
+                    samplePeak = &inputPeaks[strip];
+                }
+                sources[k] = MixSource{inputs[i], current[c], dg, dg == 0.0 ? current[c] : target[c], samplePeak};
+            }
+            const int strip = s - h.firstSpeakerStrip;
+            const bool metered = strip >= 0 && strip < METER_STRIPS;
+            if (count == 0) {
+                std::memset(out, 0, size_t(n) * sizeof(double));
+                if (metered) speakerPeaks[strip] = 0.0;
+                continue;
+            }
+            double peak = kernels.mixSpeaker(out, sources, count, n, metered);
+            if (metered) speakerPeaks[strip] = peak;
+        }
     }
-    // One ramp step before each sample; the last sample gets the target exactly.
-    for (int k = 0; k < n - 1; k++) {
-        g += dg;
-        out[k] = first ? in[k] * g : out[k] + in[k] * g;
+    for (int u = 0; u < heardCount; u++) {
+        const int strip = heard[u] - h.firstInputStrip;
+        if (strip >= 0 && strip < METER_STRIPS && !inputPeakTaken[strip])
+            inputPeaks[strip] = kernels.absPeak(inputs[heard[u]], n);
     }
-    out[n - 1] = first ? in[n - 1] * target : out[n - 1] + in[n - 1] * target;
-}
-
-double absPeak(const double* x, int n) {
-    double m = 0.0;
-    for (int k = 0; k < n; k++) m = std::fmax(m, std::fabs(x[k]));
-    return m;
 }
 
 }  // namespace
@@ -180,16 +223,21 @@ void VST_CALL processDoubleReplacing(AEffect* effect, double** inputs, double** 
         return;
     }
 
-    // Ramps: a resized block starts at the new gains; otherwise changed rows ramp over the block.
+    // Ramps: a resized block starts at the new gains; otherwise the rows redone ramp over the
+    // block (every other row has its target already).
     const size_t cells = size_t(h.nIn) * size_t(h.nSpk);
     double* current = growItems<double>(p->gainTables[GAIN_CURRENT]);
     double* target = growItems<double>(p->gainTables[GAIN_TARGET]);
     double* ramp = growItems<double>(p->gainTables[GAIN_RAMP]);
+    const int rampRows = h.nIn < CHANNEL_MASK_BITS ? h.nIn : CHANNEL_MASK_BITS;
     bool ramping = false;
     if (h.anyDirty && h.resized) {
         if (cells) std::memcpy(current, target, cells * sizeof(double));
     } else if (h.anyDirty) {
-        for (size_t c = 0; c < cells; c++) ramp[c] = (target[c] - current[c]) / n;
+        for (int i = 0; i < rampRows; i++)
+            if (bit(h.dirty, i))
+                for (size_t c = size_t(i) * size_t(h.nSpk), end = c + size_t(h.nSpk); c < end; c++)
+                    ramp[c] = (target[c] - current[c]) / n;
         ramping = true;
     }
 
@@ -207,27 +255,11 @@ void VST_CALL processDoubleReplacing(AEffect* effect, double** inputs, double** 
         !growBufferResize(&p->gainTables[GAIN_DELAY_SCRATCH], size_t(n) * sizeof(double)))
         return;
 
-    uint64_t reached[2] = {0, 0};
     const int32_t* delays = growItems<int32_t>(p->inputDelays);
-    for (int i = 0; i < nUseIn; i++) {
-        double* in = inputs ? inputs[i] : nullptr;
-        if (!in) continue;
-        delayInput(p, i, in, n, delays[i], h.sampleRate);
-        if (!bit(h.inputActive, i)) continue;
-        const size_t rowStart = size_t(i) * size_t(h.nSpk);
-        for (int s = 0; s < nUseOut; s++) {
-            double* out = outputs ? outputs[s] : nullptr;
-            if (!out || !bit(h.speakerActive, s)) continue;
-            double g = current[rowStart + size_t(s)];
-            double dg = ramping ? ramp[rowStart + size_t(s)] : 0.0;
-            if (g == 0.0 && dg == 0.0) continue;  // adds nothing; silence below covers it
-            mix(in, out, n, g, dg, target[rowStart + size_t(s)], !bit(reached, s));
-            setBit(reached, s);
-        }
-    }
-    // Silence: every output no input reached, muted, soloed-out and vacant ones among them.
-    for (int s = 0; s < nUseOut; s++)
-        if (outputs && outputs[s] && !bit(reached, s)) std::memset(outputs[s], 0, size_t(n) * sizeof(double));
+    for (int i = 0; i < nUseIn; i++)
+        if (inputs && inputs[i]) delayInput(p, i, inputs[i], n, delays[i], h.sampleRate);
+    double inputPeaks[METER_STRIPS] = {}, speakerPeaks[METER_STRIPS] = {};
+    mixSpeakers(h, inputs, outputs, nUseIn, nUseOut, n, current, target, ramp, ramping, inputPeaks, speakerPeaks);
 
     // Meters: halve every 75 ms, then take this block's peak.
     const double decay = std::exp(-std::numbers::ln2 * n / (h.sampleRate * METER_HALF_LIFE_MS * 0.001));
@@ -242,16 +274,21 @@ void VST_CALL processDoubleReplacing(AEffect* effect, double** inputs, double** 
         if (k < METER_STRIPS) {
             int i = h.firstInputStrip + k;
             if (i >= 0 && i < nUseIn && bit(h.inputActive, i) && inputs && inputs[i])
-                peak = absPeak(inputs[i], n) * h.meterGains[k];
+                peak = inputPeaks[k] * h.meterGains[k];
         } else {
             int s = h.firstSpeakerStrip + k - METER_STRIPS;
-            if (s >= 0 && s < nUseOut && bit(h.speakerActive, s) && outputs && outputs[s]) peak = absPeak(outputs[s], n);
+            if (s >= 0 && s < nUseOut && bit(h.speakerActive, s) && outputs && outputs[s])
+                peak = speakerPeaks[k - METER_STRIPS];
         }
         meter.store(std::fmax(m, peak), std::memory_order_relaxed);
     }
 
-    // End of block: the ramp arrived.
-    if (ramping && cells) std::memcpy(current, target, cells * sizeof(double));
+    // End of block: the ramps arrived.
+    if (ramping)
+        for (int i = 0; i < rampRows; i++)
+            if (bit(h.dirty, i) && h.nSpk)
+                std::memcpy(current + size_t(i) * size_t(h.nSpk), target + size_t(i) * size_t(h.nSpk),
+                            size_t(h.nSpk) * sizeof(double));
 }
 
 void VST_CALL processFloatIgnored(AEffect*, float**, float**, int32_t) {}

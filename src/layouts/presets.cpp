@@ -76,6 +76,25 @@ void addIfPreset(const char* entry, void* context) {
         growBufferResize(list->names, before);
 }
 
+// The file a preset name stands for. A file copied from another system may spell the extension
+// in another case; it is the same preset, as the listing shows it. Where several files differ
+// only there, the one spelled as this program writes it wins, else the first the folder lists.
+struct PresetFileMatch {
+    const char* name;
+    size_t length;
+    char extension[32];  // the extension as the chosen file spells it; empty when none matched
+    bool exact;
+};
+
+void matchPresetFile(const char* entry, void* context) {
+    PresetFileMatch* match = static_cast<PresetFileMatch*>(context);
+    if (match->exact || std::strncmp(entry, match->name, match->length) != 0) return;
+    const char* extension = entry + match->length;
+    if (!equalsIgnoringCase(extension, PRESET_EXTENSION)) return;
+    match->exact = std::strcmp(extension, PRESET_EXTENSION) == 0;
+    if (match->exact || !match->extension[0]) std::snprintf(match->extension, sizeof match->extension, "%s", extension);
+}
+
 }  // namespace
 
 const char* speakerPresetFolder() {
@@ -97,7 +116,10 @@ int presetPath(const char* name, char* out, int capacity) {
     out[0] = 0;
     const char* folder = speakerPresetFolder();
     if (!*folder || !name || !*name || std::strpbrk(name, "/\\")) return 0;
-    int n = std::snprintf(out, size_t(capacity), "%s%c%s%s", folder, PATH_SEPARATOR, name, PRESET_EXTENSION);
+    PresetFileMatch match{name, std::strlen(name), {0}, false};
+    folderScan(folder, matchPresetFile, &match);
+    const char* extension = match.extension[0] ? match.extension : PRESET_EXTENSION;
+    int n = std::snprintf(out, size_t(capacity), "%s%c%s%s", folder, PATH_SEPARATOR, name, extension);
     if (n < 0 || n >= capacity) {
         out[0] = 0;
         return 0;
@@ -123,7 +145,8 @@ void savePreset(const SurroundPanner* p, const char* name) {
     char path[PRESET_PATH_MAX];
     if (!presetPath(name, path, sizeof path)) return;
     fileDelete(path);
-    savePresetFile(p, path);
+    // Asked again: with the old file gone the new one takes this program's spelling.
+    if (presetPath(name, path, sizeof path)) savePresetFile(p, path);
 }
 
 bool loadPresetFile(SurroundPanner* p, const char* path) {

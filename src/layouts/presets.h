@@ -32,13 +32,16 @@ int listSpeakerPresets(GrowBuffer* names);
 // last '.' is the extension, in any case.
 int listPresetFolder(const char* folder, GrowBuffer* names);
 
-// [window thread] The path of a preset into `out` of `capacity` bytes. Returns its length; 0,
-// with `out` empty, when there is no folder, the name is empty or holds a path separator (it
-// would leave the folder), or the path does not fit.
+// [window thread] The path of a preset into `out` of `capacity` bytes: the existing file of
+// that name, its extension compared without regard to case (the one spelled ".BrasselSpeakerSetup"
+// first, else the first the folder lists), or the name with ".BrasselSpeakerSetup" when none
+// exists. Returns its length; 0, with `out` empty, when there is no folder, the name is empty or
+// holds a path separator (it would leave the folder), or the path does not fit.
 int presetPath(const char* name, char* out, int capacity);
 
-// [window thread] Deletes a preset of that name, then writes the speakers into a new one. When
-// the file cannot be made nothing more happens (the old file is gone all the same).
+// [window thread] Deletes a preset of that name, then writes the speakers into a new one spelled
+// with ".BrasselSpeakerSetup". When the file cannot be made nothing more happens (the old file
+// is gone all the same).
 void savePreset(const SurroundPanner* p, const char* name);
 // [window thread] Writes the speakers, one line each, to a file. Reads the records without the
 // lock. Returns the bytes written, or -1 when the file cannot be made.

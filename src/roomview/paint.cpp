@@ -231,3 +231,8 @@ bool smallViewMessage(SurroundPanner* p, int message, intptr_t value, void* ptr,
         default: return smallViewPointerMessage(p, message, ptr, viewKeyState(), result);
     }
 }
+
+void releaseRoomViewShared() {
+    releaseViewSprites();
+    releaseSceneLists();
+}

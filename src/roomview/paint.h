@@ -39,3 +39,7 @@ MIRQ_IBitmap* paintWindowBitmap(SurroundPanner* p, int w, int h, int dpiScale, c
 // the keys held now). True when the message was one of them, with the call's result in *result.
 bool smallViewMessage(SurroundPanner* p, int message, intptr_t value, void* ptr, const ThemeColours& theme,
                       intptr_t* result);
+
+// What all instances share: the speaker sprites and the lists of one paint. The last instance
+// frees them; the next paint makes them again.
+void releaseRoomViewShared();

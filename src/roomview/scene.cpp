@@ -625,3 +625,8 @@ void releaseRoomView(SurroundPanner* p) {
         b = nullptr;
     }
 }
+
+void releaseSceneLists() {
+    growBufferFree(&sharedFrameObjects);
+    growBufferFree(&sharedVisibleInputs);
+}

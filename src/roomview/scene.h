@@ -108,3 +108,5 @@ uint64_t roomRenderCount();
 
 // Frees the cameras, the scene objects and their textures, and the view's bitmaps.
 void releaseRoomView(SurroundPanner* p);
+// Frees the process-wide lists of inputs and frame objects; they grow again on use.
+void releaseSceneLists();

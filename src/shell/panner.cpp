@@ -10,7 +10,7 @@
 #include "foundation/host_api.h"
 #include "foundation/numbers.h"
 #include "layouts/layouts.h"
-#include "roomview/overlays.h"
+#include "roomview/paint.h"
 #include "roomview/scene.h"
 #include "roomview/view_window.h"
 #include "shell/dispatcher.h"
@@ -138,12 +138,12 @@ void destroyPanner(SurroundPanner* p) {
     // 2. Delay lines, last to first.
     releaseDelayLines(p);
     // 3. The last instance takes the window class, the shared chunk buffer, the label font and
-    // the speaker sprites with it.
+    // what the room views share with it.
     if (--instanceCount == 0) {
         windowClassUnregister(VIEW_WINDOW_CLASS);
         releaseStateBuffer();
         releaseLabelFont();
-        releaseViewSprites();
+        releaseRoomViewShared();
     }
     // 4. Gestures, then the grow buffers in reverse order of construction.
     GrowBuffer* containers[CONTAINER_COUNT];

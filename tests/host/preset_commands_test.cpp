@@ -160,4 +160,32 @@ TEST(PresetCommandsTest, BadInputGetsOneLineAndKeepsWhatWasThere) {
     EXPECT_EQ(dir.read("good.wav"), "keep me");
     EXPECT_TRUE(std::filesystem::exists(dir.path / "SpeakerSetups" / "Other.BrasselSpeakerSetup"));
 }
+// Files copied from another system often spell the extension in capitals; the listing shows
+// them, so every command that takes a name must find them too.
+TEST(PresetCommandsTest, ExtensionInAnyCaseWorksForEveryCommand) {
+    TempDir dir;
+    std::string ini = " --ini " + q(dir.file("host.ini"));
+    std::filesystem::create_directory(dir.path / "SpeakerSetups");
+    const std::string six = "-1 1 0 0 1 1\r\n1 1 0 0 1 1\r\n0 1 0 0 1 1\r\n0 0 0 1 1 1\r\n-1 -1 0 0 1 1\r\n1 -1 0 0 1 1\r\n";
+    dir.write("SpeakerSetups/Hall A.BRASSELSPEAKERSETUP", six);
+    dir.write("SpeakerSetups/Mixed.brasselSpeakerSETUP", six);
+    ToolResult r = runTool(dir, "preset list" + ini);
+    std::vector<std::string> names = linesOf(r.out);
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(names, (std::vector<std::string>{"Hall A", "Mixed"}));
+    for (const char* name : {"Hall A", "Mixed"}) {
+        r = runTool(dir, "preset load " + q(name) + ini);
+        ASSERT_EQ(r.code, 0) << name << ": " << r.err;
+        EXPECT_EQ(r.out.rfind("loaded 6 speakers", 0), 0u) << r.out;
+    }
+    ASSERT_EQ(runTool(dir, "preset rename " + q("Hall A") + " Hall" + ini).code, 0);
+    EXPECT_EQ(dir.read("SpeakerSetups/Hall.BrasselSpeakerSetup"), six) << "renamed with its speakers";
+    EXPECT_FALSE(std::filesystem::exists(dir.path / "SpeakerSetups" / "Hall A.BRASSELSPEAKERSETUP"));
+    r = runTool(dir, "preset rename Hall Mixed" + ini);
+    EXPECT_EQ(r.code, 2) << "a name taken under another spelling of the extension is taken";
+    ASSERT_EQ(runTool(dir, "preset delete Mixed" + ini).code, 0);
+    EXPECT_FALSE(std::filesystem::exists(dir.path / "SpeakerSetups" / "Mixed.brasselSpeakerSETUP"));
+    r = runTool(dir, "preset list" + ini);
+    EXPECT_EQ(linesOf(r.out), std::vector<std::string>{"Hall"});
+}
 #endif

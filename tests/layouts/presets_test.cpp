@@ -225,6 +225,28 @@ TEST_F(PannerTest, PresetsByNameInTheFolderBesideTheIniFile) {
     deletePreset("Hall");  // gone already: nothing happens
     deletePreset("Other");
     EXPECT_TRUE(listed(folder).empty());
+
+    // Two spellings of one preset's extension: this program's own wins; without it, the other.
+    std::filesystem::path upper = std::filesystem::path(folder) / "Twin.BRASSELSPEAKERSETUP";
+    std::filesystem::path own = std::filesystem::path(folder) / "Twin.BrasselSpeakerSetup";
+    applyLayout(p, 5);
+    savePresetFile(p, upper.string().c_str());
+    ASSERT_GT(presetPath("Twin", path, sizeof path), 0);
+    EXPECT_EQ(std::filesystem::path(path), upper);
+    applyLayout(p, 11);
+    savePreset(p, "Twin");  // over the old file, in this program's spelling
+    EXPECT_EQ(listed(folder), std::vector<std::string>{"Twin"});
+    ASSERT_GT(presetPath("Twin", path, sizeof path), 0);
+    EXPECT_EQ(std::filesystem::path(path), own);
+#if !defined(_WIN32)
+    // Files that differ only in the extension's case can stand side by side here alone.
+    savePresetFile(p, upper.string().c_str());
+    ASSERT_GT(presetPath("Twin", path, sizeof path), 0);
+    EXPECT_EQ(std::filesystem::path(path), own);
+    deletePreset("Twin");
+#endif
+    deletePreset("Twin");
+    EXPECT_TRUE(listed(folder).empty());
     EXPECT_FALSE(loadPreset(p, "Hall"));
     EXPECT_FALSE(loadPreset(p, "../SpeakerSetups/Hall"));
     EXPECT_EQ(speakerCount(p), 12);
