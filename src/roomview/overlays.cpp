@@ -50,15 +50,6 @@ MIRQ_IBitmap* sprite(bool selected, const ThemeColours& theme) {
 
 // ---- the size rule and projections ----
 
-double paneWeight(int pane) {
-    switch (pane) {
-        case PANE_INLINE: return 1.25;
-        case PANE_TOP: return 0.875;
-        case PANE_ORBIT: return 0.5;
-        default: return 0.75;
-    }
-}
-
 // The diameter of an input at depth d in a pane of width w.
 double inputSize(int pane, double d, int w) { return (1.0 - (d - 1.0) * 0.5) * paneWeight(pane) * 0.75 * w * 0.078125; }
 
@@ -259,6 +250,15 @@ const char* cachedText(const char*& cache, const char* text) {
 }
 
 }  // namespace
+
+double paneWeight(int pane) {
+    switch (pane) {
+        case PANE_INLINE: return 1.25;
+        case PANE_TOP: return 0.875;
+        case PANE_ORBIT: return 0.5;
+        default: return 0.75;
+    }
+}
 
 uint32_t contrastColour(uint32_t colour) {
     int r = int((colour >> 16) & 0xFF), g = int((colour >> 8) & 0xFF), b = int(colour & 0xFF);

@@ -25,16 +25,6 @@ constexpr intptr_t VIEW_TAKES_CAPTURE = 0x1000000;
 
 enum { SMALL_MOUSE_MOVE = 0x200, SMALL_LEFT_DOWN, SMALL_LEFT_UP, SMALL_DOUBLE, SMALL_RIGHT_DOWN, SMALL_RIGHT_UP };
 
-// The disc weight of each pane, as the overlays draw them.
-double paneWeight(int pane) {
-    switch (pane) {
-        case PANE_INLINE: return 1.25;
-        case PANE_TOP: return 0.875;
-        case PANE_ORBIT: return 0.5;
-        default: return 0.75;
-    }
-}
-
 // A room point on a camera, in whole pane pixels, with its depth against the room's middle.
 struct ScreenPoint {
     int x, y;
@@ -56,7 +46,7 @@ double middleDistance(const Camera* c) {
     return dist;
 }
 
-bool modifies1D(const SurroundPanner* p, uint32_t keys) {
+bool oneAxisDrag(const SurroundPanner* p, uint32_t keys) {
     return ((p->uiFlags & FLAG_EDIT_1D) != 0) != ((keys & POINTER_SHIFT) != 0);
 }
 
@@ -370,7 +360,7 @@ bool pointerMove(SurroundPanner* p, const ViewPointer& at) {
         }
     }
     // 8, 9. One axis; no height under a Z shape.
-    if (!heightMove && modifies1D(p, at.keys) && !lockAxis(p, delta)) return false;
+    if (!heightMove && oneAxisDrag(p, at.keys) && !lockAxis(p, delta)) return false;
     if (p->zShape != 0) delta[2] = 0.0;
     // 10, 11. The channels move.
     if (dragsInput) moveInputs(p, delta);
