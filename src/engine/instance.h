@@ -125,6 +125,8 @@ struct SurroundPanner {
     int32_t dialogMetrics[5];
     int32_t dragState[6];
     int32_t marqueeRect[4];
+    int32_t lastPointer[2];  // client pixels of the last pointer message of a gesture
+    int32_t grabOffset[2];   // screen place of the grabbed channel minus the pointer at the grab
     double dragAnchor[3];
     // Gesture and automation timing
     uint32_t lastEditTick;

@@ -29,8 +29,8 @@ void paintView(SurroundPanner* p, MIRQ_IBitmap* bitmap, bool small, bool worldCh
 MIRQ_IBitmap* paintWindowBitmap(SurroundPanner* p, int w, int h, int dpiScale, const ThemeColours& theme);
 
 // The small view's messages of the vendor call: paint (value: the bitmap, ptr: the record, bit 0
-// of its flags asking for a paint only on a change) and the size hints. True when the message was
-// one of them, with the call's result in *result.
+// of its flags asking for a paint only on a change), the size hints and the mouse messages (with
+// the keys held now). True when the message was one of them, with the call's result in *result.
 bool smallViewMessage(SurroundPanner* p, int message, intptr_t value, void* ptr, const ThemeColours& theme,
                       intptr_t* result);
 
