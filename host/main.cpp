@@ -86,7 +86,10 @@ const CommandHelp COMMAND_HELP[] = {
      "      --size WxH          the view's size in pixels (default 520x520)\n"
      "      --scale S           256 (default) or 512: the window's scale, or the small bitmap's\n"
      "      --yaw DEG --pitch DEG   the orbit camera\n"
-     "      --select LIST       inputs to select, numbers from 1: 1,3\n"},
+     "      --select LIST       inputs to select, numbers from 1: 1,3\n"
+     "      --drag X0,Y0:X1,Y1[:KEYS]   a pointer drag played on the view first (repeatable); KEYS\n"
+     "                          any of shift, ctrl, alt (window modes), right, double, joined by ':'\n"
+     "      --print-state       print every input's and speaker's position and the selection\n"},
     {"preset",
      "  preset list [--ini FILE]\n"
      "  preset save NAME (--layout NAME | --state FILE) [--force] [--ini FILE]\n"

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+#include "roomview/view_window.h"
 #include "vst/aeffect.h"
 
 struct SurroundPanner;
@@ -17,10 +18,10 @@ void editorClose(SurroundPanner* p);
 // [window thread] effEditGetRect: the dialog's client rectangle while it is open, else 520 by 640.
 void editorRect(SurroundPanner* p, ERect* rect);
 
-// The dialog's own messages and timers.
+// The dialog's own messages and timers. MSG_REFRESH_CENTER_SIDE (1226) comes from the room view,
+// which sends it.
 enum : uint32_t {
     MSG_REFRESH_ALL = 1224,
-    MSG_REFRESH_CENTER_SIDE = 1226,
     MSG_RELAYOUT = 1324,
     MSG_NAME_EDIT_BEGIN = 1424,
     MSG_NAME_EDIT_END = 1524,

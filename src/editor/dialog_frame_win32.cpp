@@ -23,6 +23,8 @@
 #include "foundation/localize.h"
 #include "layouts/layouts.h"
 #include "platform/platform.h"
+#include "roomview/paint.h"
+#include "roomview/scene.h"
 
 namespace {
 
@@ -243,8 +245,17 @@ void tick(SurroundPanner* p, HWND dialog) {
             drawNameStrips(p, p->nameStripBitmap, p->dpiScale * 16 / 256);
             invalidateNameColumns(p, dialog);
         }
-        // The position row, the value row and the room view's own stamps are refreshed by their
-        // own units; their bits are in the plan for them.
+        // The position row and the value row are refreshed by their own units; their bits are in
+        // the plan for them.
+        if (plan & TICK_VIEW_STAMPS) {
+            // Both stamps are asked, each stores its own; a speaker change renders the room again.
+            bool inputsChanged = inputStampChanged(p, false);
+            bool speakersChanged = speakerStampChanged(p, false);
+            if (inputsChanged || speakersChanged) {
+                p->viewRedrawFlags |= VIEW_REDRAW_PAINT | (speakersChanged ? VIEW_REDRAW_WORLD : 0);
+                if (HWND view = GetDlgItem(dialog, IDC_ROOM_VIEW)) InvalidateRect(view, nullptr, FALSE);
+            }
+        }
         if (plan & TICK_METERS) refreshMeters(p, dialog);
         if (plan & TICK_HOST_STATE) notifyHostStateChanged(p);
         if (plan & TICK_UPDATE_WINDOW) UpdateWindow(dialog);
@@ -380,10 +391,8 @@ void destroyDialog(SurroundPanner* p, HWND dialog) {
     p->editorWindow = nullptr;
     mirqDestroy(p->nameStripBitmap);
     p->nameStripBitmap = nullptr;
-    mirqDestroy(p->roomBitmap);
-    p->roomBitmap = nullptr;
-    for (GrowBuffer* list : {&p->viewCameras, &p->roomWalls, &p->zShapeMeshes, &p->speakerMeshes, &p->inputMeshes})
-        growBufferResize(list, 0);
+    // The view's cameras, scene objects, textures and bitmaps go with the window that showed them.
+    releaseRoomView(p);
     setAccessTexts(dialog, true);
     freeStripSkins(p);
 }

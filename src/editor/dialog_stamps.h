@@ -9,21 +9,6 @@
 
 struct SurroundPanner;
 
-// editorStamps of the instance, in this order. Entries 5 to 8 belong to the room view.
-enum {
-    STAMP_VALUES,
-    STAMP_POSITION_ROW,
-    STAMP_VALUE_ROW,
-    STAMP_LAYOUT,
-    STAMP_NAMES,
-    STAMP_VIEW_INPUTS,
-    STAMP_VIEW_INPUTS_SMALL,
-    STAMP_VIEW_SPEAKERS,
-    STAMP_VIEW_SPEAKERS_SMALL,
-    STAMP_HOST_STATE,
-    STAMP_COUNT
-};
-
 
 // [window thread] The hash of one group as the instance holds it now (STAMP_VALUES ..
 // STAMP_NAMES, STAMP_HOST_STATE); FNV_OFFSET_BASIS for any other index.

@@ -40,6 +40,22 @@ constexpr uint32_t PENDING_FORCED = 0x10000;
 // gainTables: the gain matrix's three arrays, then one block of samples for delay crossfades.
 enum { GAIN_CURRENT = 0, GAIN_TARGET = 1, GAIN_RAMP = 2, GAIN_DELAY_SCRATCH = 3, GAIN_TABLE_COUNT = 4 };
 
+// editorStamps: the change stamps of the editor's refresh tick, in this order; entries 5 to 8
+// are the room view's (its window and the host's small view).
+enum {
+    STAMP_VALUES,
+    STAMP_POSITION_ROW,
+    STAMP_VALUE_ROW,
+    STAMP_LAYOUT,
+    STAMP_NAMES,
+    STAMP_VIEW_INPUTS,
+    STAMP_VIEW_INPUTS_SMALL,
+    STAMP_VIEW_SPEAKERS,
+    STAMP_VIEW_SPEAKERS_SMALL,
+    STAMP_HOST_STATE,
+    STAMP_COUNT
+};
+
 constexpr int32_t PANNER_UNIQUE_ID = 0x6b767032;  // 'kvp2'
 constexpr int32_t PANNER_VERSION = 1100;
 constexpr int32_t PANNER_FLAGS =
@@ -67,7 +83,7 @@ struct SurroundPanner {
     GrowBuffer speakerMeshes;
     GrowBuffer inputMeshes;
     // Editor stamps, options and the pending channel change
-    uint64_t editorStamps[10];
+    uint64_t editorStamps[STAMP_COUNT];
     uint32_t uiFlags;
     uint32_t pendingChannelChange;
     uint8_t stateLoaded;
@@ -109,6 +125,8 @@ struct SurroundPanner {
     int32_t dialogMetrics[5];
     int32_t dragState[6];
     int32_t marqueeRect[4];
+    int32_t lastPointer[2];  // client pixels of the last pointer message of a gesture
+    int32_t grabOffset[2];   // screen place of the grabbed channel minus the pointer at the grab
     double dragAnchor[3];
     // Gesture and automation timing
     uint32_t lastEditTick;

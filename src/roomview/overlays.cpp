@@ -50,15 +50,6 @@ MIRQ_IBitmap* sprite(bool selected, const ThemeColours& theme) {
 
 // ---- the size rule and projections ----
 
-double paneWeight(int pane) {
-    switch (pane) {
-        case PANE_INLINE: return 1.25;
-        case PANE_TOP: return 0.875;
-        case PANE_ORBIT: return 0.5;
-        default: return 0.75;
-    }
-}
-
 // The diameter of an input at depth d in a pane of width w.
 double inputSize(int pane, double d, int w) { return (1.0 - (d - 1.0) * 0.5) * paneWeight(pane) * 0.75 * w * 0.078125; }
 
@@ -206,13 +197,18 @@ ClipBox discClip(const SurroundPanner* p, const PaneView& v, double x, double y,
 void drawDisc(SurroundPanner* p, MIRQ_IBitmap* bitmap, const PaneView& v, const PanInput& input, const Projected& at,
               double x, double y, double z, uint32_t colour, bool spread) {
     ClipBox box = discClip(p, v, x, y, z);
+    const double e = box.bottom - box.top;
+    // A view starts inside its parent: an outline that reaches past the bitmap's top or left edge
+    // is cut there, so that the disc keeps its place.
+    box.left = std::max(box.left, -v.rect.x);
+    box.top = std::max(box.top, -v.rect.y);
+    if (box.right <= box.left || box.bottom <= box.top) return;
     MIRQ_SubBitmap view(bitmap, v.rect.x + box.left, v.rect.y + box.top, box.right - box.left, box.bottom - box.top);
     const double radius = inputSize(v.pane, at.d, v.rect.w) / 2.0;
     const float cx = float(at.x - box.left), cy = float(at.y - box.top);
     hostApi.MIRQ_FillCircle(&view, cx, cy, float(radius), int(colour), 1.0f, 0, true);
     double divergence = sharedLoad(input.divergence);
     if (spread && divergence > 0.0) {
-        double e = box.bottom - box.top;
         hostApi.MIRQ_FillCircle(&view, cx, cy, float(radius + divergence * (e / 2.0 - radius)), int(colour), 0.125f, 0,
                                 true);
     }
@@ -254,6 +250,15 @@ const char* cachedText(const char*& cache, const char* text) {
 }
 
 }  // namespace
+
+double paneWeight(int pane) {
+    switch (pane) {
+        case PANE_INLINE: return 1.25;
+        case PANE_TOP: return 0.875;
+        case PANE_ORBIT: return 0.5;
+        default: return 0.75;
+    }
+}
 
 uint32_t contrastColour(uint32_t colour) {
     int r = int((colour >> 16) & 0xFF), g = int((colour >> 8) & 0xFF), b = int(colour & 0xFF);

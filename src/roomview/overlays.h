@@ -17,6 +17,9 @@ uint32_t contrastColour(uint32_t colour);
 // The dialog's face colour as 0xFFRRGGBB: system colour 15 from the host, or the classic face.
 uint32_t dialogFaceColour();
 
+// The weight of a pane in the size of its input discs and speaker sprites.
+double paneWeight(int pane);
+
 // The two axes that a pane's camera shows and the one it looks along (0 X, 1 Y, 2 Z).
 void screenAxes(const SurroundPanner* p, int pane, int* fixed, int* first, int* second);
 

@@ -7,7 +7,9 @@
 #include "foundation/host_api.h"
 #include "foundation/numbers.h"
 #include "roomview/overlays.h"
+#include "roomview/pointer.h"
 #include "roomview/scene.h"
+#include "roomview/view_window.h"
 
 namespace {
 
@@ -218,7 +220,7 @@ bool smallViewMessage(SurroundPanner* p, int message, intptr_t value, void* ptr,
             *result = 1;
             return true;
         }
-        default: return false;
+        default: return smallViewPointerMessage(p, message, ptr, viewKeyState(), result);
     }
 }
 

@@ -12,8 +12,6 @@
 
 // viewRedrawFlags
 enum : uint32_t { VIEW_REDRAW_PAINT = 1, VIEW_REDRAW_WORLD = 2 };
-// editorStamps entries of the view: inputs of the window and of the small view, then speakers.
-enum { STAMP_VIEW_INPUTS = 5, STAMP_VIEW_SPEAKERS = 7 };
 
 // Hash what the view shows of the inputs or of the speakers, store it in the view's stamp and
 // say whether it differs from the stored one.
@@ -31,8 +29,8 @@ void paintView(SurroundPanner* p, MIRQ_IBitmap* bitmap, bool small, bool worldCh
 MIRQ_IBitmap* paintWindowBitmap(SurroundPanner* p, int w, int h, int dpiScale, const ThemeColours& theme);
 
 // The small view's messages of the vendor call: paint (value: the bitmap, ptr: the record, bit 0
-// of its flags asking for a paint only on a change) and the size hints. True when the message was
-// one of them, with the call's result in *result.
+// of its flags asking for a paint only on a change), the size hints and the mouse messages (with
+// the keys held now). True when the message was one of them, with the call's result in *result.
 bool smallViewMessage(SurroundPanner* p, int message, intptr_t value, void* ptr, const ThemeColours& theme,
                       intptr_t* result);
 

@@ -423,6 +423,13 @@ double speakerOpacity(const SurroundPanner* p, const PanSpeaker& s) {
     return opacity;
 }
 
+bool inputDrawn(const SurroundPanner* p, int index, bool anySolo) {
+    if (index < 0 || index >= inputCount(p)) return false;
+    if (index == 3 && (sharedLoad(p->channelOptions) & CHANNEL_OPTION_LFE_INPUT)) return false;
+    const PanInput& in = inputRecords(p)[index];
+    return anySolo ? sharedLoad(in.solo) != 0 : !sharedLoad(in.mute);
+}
+
 VisibleInput* visibleInputs(int* count) {
     if (count) *count = growCount<VisibleInput>(sharedVisibleInputs);
     return growItems<VisibleInput>(sharedVisibleInputs);
@@ -430,13 +437,9 @@ VisibleInput* visibleInputs(int* count) {
 
 bool buildVisibleInputs(const SurroundPanner* p) {
     growBufferResize(&sharedVisibleInputs, 0);
-    int n = inputCount(p);
-    const PanInput* in = inputRecords(p);
-    bool solo = anyInputSolo(p);
-    bool lfeInput = (sharedLoad(p->channelOptions) & CHANNEL_OPTION_LFE_INPUT) != 0;
-    for (int i = n - 1; i >= 0; i--) {
-        if (lfeInput && i == 3) continue;
-        if (solo ? !sharedLoad(in[i].solo) : sharedLoad(in[i].mute) != 0) continue;
+    const bool solo = anyInputSolo(p);
+    for (int i = inputCount(p) - 1; i >= 0; i--) {
+        if (!inputDrawn(p, i, solo)) continue;
         VisibleInput v = {i, 0, 0, 0.0};
         if (!growBufferAppend(&sharedVisibleInputs, &v, sizeof v)) {
             growBufferResize(&sharedVisibleInputs, 0);

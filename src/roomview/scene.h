@@ -39,8 +39,9 @@ struct PaneRect {
 };
 
 // The fields of SurroundPanner::dragState: the gesture's pane, the input and the speaker it
-// drags, the marquee's state (1 in the window, 2 in the small view).
-enum { DRAG_PANE = 0, DRAG_INPUT = 1, DRAG_SPEAKER = 2, DRAG_MARQUEE = 3 };
+// drags, the marquee's state (1 in the window, 2 in the small view), the orbit drag's axes (bit 0
+// yaw, bit 1 pitch) and the axis a one-axis drag keeps to (-1 none yet).
+enum { DRAG_PANE = 0, DRAG_INPUT = 1, DRAG_SPEAKER = 2, DRAG_MARQUEE = 3, DRAG_ORBIT = 4, DRAG_LOCKED_AXIS = 5 };
 
 // Slots of the three objects of each input in inputMeshes.
 enum { INPUT_BALL = 0, INPUT_SHADOW = 1, INPUT_SPREAD = 2, INPUT_OBJECTS = 3 };
@@ -69,6 +70,10 @@ bool speakerShown(const SurroundPanner* p, int index);
 int selectedSpeaker(const SurroundPanner* p);
 // Group share and influence: the opacity a speaker is drawn with.
 double speakerOpacity(const SurroundPanner* p, const PanSpeaker& s);
+
+// An input the view draws and edits: not the LFE input, and soloed, or unmuted without any solo
+// (anySolo: anyInputSolo, taken once by the caller).
+bool inputDrawn(const SurroundPanner* p, int index, bool anySolo);
 
 // Process-wide, shared by all instances: the inputs of the paint and the objects of the frame.
 VisibleInput* visibleInputs(int* count);

@@ -33,6 +33,7 @@ TEST(EditorWindowTest, OnLinuxEditSaysInOneLineThatTheEditorIsAWindowsDialog) {
 #include "hostservices/controls.h"
 #include "hostservices/drawing.h"
 #include "host/editor_host.h"
+#include "host/safe_output.h"
 #include "host/session.h"
 #include "tests/host/plugin_paths.h"
 

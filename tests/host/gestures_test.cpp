@@ -1,8 +1,11 @@
 // Gestures as the host sees them, through the real plugin binary: begin, values, end, in order.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "host/session.h"
 #include "plugin_paths.h"
+#include "support/gesture_order.h"
 
 namespace {
 
@@ -37,5 +40,34 @@ TEST(GestureTest, ChangesReachTheHostInsideGestures) {
     refHostClearCalls(s.host);
     e->dispatcher(e, effIdle, 0, 0, nullptr, 0.0f);  // too early: nothing closes
     EXPECT_TRUE(gestureCalls(s.host).empty());
+    sessionClose(&s);
+}
+
+// A drag in the small view, through the binary's vendor call: each changed parameter opens its
+// gesture before its first value, input 1's X follows each move, and the release closes them all.
+TEST(GestureTest, SmallViewDragReachesTheHostInsideGestures) {
+    PluginSession s{};
+    std::string error;
+    ASSERT_TRUE(sessionOpen(&s, pluginPath().c_str(), 2, nullptr, 48000.0, &error)) << error;
+    ASSERT_TRUE(sessionApplyLayout(&s, 5, &error)) << error;  // 5.1 surround
+    AEffect* e = s.effect;
+    auto send = [&](int message, int x, int y) {
+        int32_t record[16] = {};
+        record[6] = 240, record[7] = 160, record[8] = x, record[9] = y;
+        return e->dispatcher(e, effVendorSpecific, 16, 0, record, float(message));
+    };
+    refHostClearCalls(s.host);
+    ASSERT_EQ(send(0x201, 120, 80), 0x1000000) << "a pick asks for the capture";
+    for (int k = 1; k <= 4; k++) send(0x200, 120 + 10 * k, 80 - 5 * k);
+    const std::vector<AudioMasterCall> during = gestureCalls(s.host);
+    EXPECT_EQ(send(0x202, 160, 60), 1);
+    const std::vector<AudioMasterCall> calls = gestureCalls(s.host);
+    EXPECT_EQ(std::count_if(during.begin(), during.end(), [](const AudioMasterCall& c) { return c.opcode == audioMasterEndEdit; }), 0);
+    EXPECT_EQ(std::count_if(during.begin(), during.end(),
+                            [](const AudioMasterCall& c) { return c.opcode == audioMasterAutomate && c.index == 6 + 1; }),
+              4);
+    EXPECT_GT(calls.size(), during.size());
+    expectGestureOrder(calls);
+    EXPECT_GT(e->getParameter(e, 6 + 1), 0.5f) << "input 1 went right";
     sessionClose(&s);
 }

@@ -224,7 +224,7 @@ TEST_F(RoomViewTest, SmallViewPaintsOnChangesOnly) {
     smallViewMessage(p, 0x24, 0, record, themeColours, &result);
     EXPECT_EQ(record[0], 0x10000);
     EXPECT_EQ(record[6], 20);
-    EXPECT_FALSE(smallViewMessage(p, 0x200, 0, record, themeColours, &result)) << "the pointer is not the paint's";
+    EXPECT_FALSE(smallViewMessage(p, 0x30, 0, record, themeColours, &result)) << "other messages are the dispatcher's";
     mirqDestroy(bitmap);
 }
 

@@ -72,6 +72,11 @@ TEST(ViewCommandTest, BadArgumentsGetOneLineExitTwoAndNoFile) {
         {good + " --plugin " + q(dir.file("none.so")), "none.so"},
         {good + " --channels 0", "--channels"},
         {good + " --frobnicate", "--frobnicate"},
+        {good + " --drag 1,2", "--drag"},
+        {good + " --drag 1,2:3,x", "--drag"},
+        {good + " --drag 1,2:3,4:jump", "--drag"},
+        {good + " --drag 1,2:3,4:right:double", "--drag"},
+        {good + " --mode small --drag 1,2:3,4:shift", "--drag"},
         {q(dir.file("no/such/folder/out.png")), "folder does not exist"},
     };
     for (const auto& [args, mentions] : cases) {
@@ -83,6 +88,47 @@ TEST(ViewCommandTest, BadArgumentsGetOneLineExitTwoAndNoFile) {
     }
     for (auto& entry : std::filesystem::directory_iterator(dir.path))
         EXPECT_EQ(entry.path().string().find(".partial"), std::string::npos) << entry.path();
+}
+
+// A drag in each kind of view puts input 1 under the pointer: the printed state says where it
+// went, and the picture shows input 1's colour there and input 2's at the place both started.
+TEST(ViewCommandTest, DragMovesInputOneUnderThePointer) {
+    TempDir dir;
+    struct Case {
+        const char* args;
+        int x0, y0, x1, y1;
+    };
+    // Both inputs start in the room's middle: (259, 241) in the top pane of a 520 by 520 view.
+    const Case cases[] = {{" --mode top", 259, 241, 359, 141}, {" --mode small --size 240x160", 120, 80, 160, 50}};
+    for (const Case& c : cases) {
+        std::string drag = std::to_string(c.x0) + "," + std::to_string(c.y0) + ":" + std::to_string(c.x1) + "," +
+                           std::to_string(c.y1);
+        ToolResult r = runTool(dir, "view " + q(dir.file("d.png")) + " --layout " + q("5.1 surround") + c.args +
+                                        " --drag " + drag + " --print-state");
+        ASSERT_EQ(r.code, 0) << c.args << ": " << r.err;
+        double x = 0, y = 0, z = -1;
+        char selected[16] = {};
+        ASSERT_EQ(std::sscanf(r.out.c_str(), "input 1: x %lf y %lf z %lf, %15s", &x, &y, &z, selected), 4) << r.out;
+        EXPECT_GT(x, 0.3) << c.args << ": right of the middle";
+        EXPECT_GT(y, 0.3) << c.args << ": toward the front";
+        EXPECT_EQ(z, 0.0);
+        EXPECT_STREQ(selected, "selected");
+        EXPECT_NE(r.out.find("input 2: x 0.0000 y 0.0000 z 0.0000\n"), std::string::npos) << r.out;
+        RgbPicture picture;
+        ASSERT_TRUE(readPicture(dir, "d.png", &picture));
+        const uint8_t* moved = picture.at(c.x1 - 5, c.y1);
+        const uint8_t* stayed = picture.at(c.x0 - 5, c.y0);
+        EXPECT_EQ(moved[0], 0xF0) << c.args << ": input 1's colour under the pointer";
+        EXPECT_EQ(moved[2], 0xF0);
+        EXPECT_EQ(stayed[0], 0xFF) << c.args << ": input 2's red where both started";
+        EXPECT_EQ(stayed[1], 0x20);
+    }
+    // Shift adds with a marquee: a right drag around the middle selects input 2 as well.
+    ToolResult r = runTool(dir, "view " + q(dir.file("m.png")) + " --layout " + q("5.1 surround") +
+                                    " --drag 259,241:359,141 --drag 240,220:280,260:right:shift --print-state");
+    ASSERT_EQ(r.code, 0) << r.err;
+    EXPECT_NE(r.out.find("input 1: x 0.5254 y 0.5254 z 0.0000, selected\n"), std::string::npos) << r.out;
+    EXPECT_NE(r.out.find("input 2: x 0.0000 y 0.0000 z 0.0000, selected\n"), std::string::npos) << r.out;
 }
 
 // The Windows build's pictures (KVP_WINDOWS_HOST, run through tools/wine-run) match the Linux
