@@ -11,6 +11,7 @@
 #include "engine/gain_matrix.h"
 #include "engine/records.h"
 #include "engine/speaker_analysis.h"
+#include "shell/entry.h"
 #include "shell/panner.h"
 
 namespace {

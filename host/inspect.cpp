@@ -7,6 +7,7 @@
 
 #include "engine/records.h"
 #include "host/session.h"
+#include "shell/entry.h"
 #include "shell/panner.h"
 #include "shell/state_chunk.h"
 

@@ -11,6 +11,7 @@
 #include "host/session.h"
 #include "layouts/layouts.h"
 #include "layouts/presets.h"
+#include "shell/entry.h"
 #include "shell/panner.h"
 #include "shell/state_chunk.h"
 

@@ -10,6 +10,7 @@
 
 #include "layouts/layouts.h"
 #include "layouts/presets.h"
+#include "shell/entry.h"
 #include "shell/panner.h"
 #include "shell/state_chunk.h"
 

@@ -11,3 +11,20 @@ void markAllInputsDirty(SurroundPanner* p) {
     std::atomic_ref<uint64_t>(p->gainsDirtyInputs[0]).store(~uint64_t(0));
     std::atomic_ref<uint64_t>(p->gainsDirtyInputs[1]).store(~uint64_t(0));
 }
+
+int instanceContainers(SurroundPanner* p, GrowBuffer** list) {
+    int n = 0;
+    list[n++] = &p->delayLines;
+    list[n++] = &p->viewCameras;
+    list[n++] = &p->roomWalls;
+    list[n++] = &p->zShapeMeshes;
+    list[n++] = &p->speakerMeshes;
+    list[n++] = &p->inputMeshes;
+    list[n++] = &p->inputs;
+    list[n++] = &p->speakers;
+    for (GrowBuffer& table : p->gainTables) list[n++] = &table;
+    list[n++] = &p->openGestures;
+    list[n++] = &p->gainRowScratch;
+    list[n++] = &p->inputDelays;
+    return n;
+}

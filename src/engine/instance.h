@@ -131,3 +131,8 @@ inline SurroundPanner* pannerFromEffect(AEffect* effect) {
 // [any thread] Marks inputs for a gain recompute; bits beyond 127 are dropped.
 void markInputDirty(SurroundPanner* p, int input);
 void markAllInputsDirty(SurroundPanner* p);
+
+// [window thread] The growable members in order of construction, written to list (room for
+// INSTANCE_CONTAINER_COUNT); returns their count. Destruction frees them in reverse.
+constexpr int INSTANCE_CONTAINER_COUNT = 15;
+int instanceContainers(SurroundPanner* p, GrowBuffer** list);

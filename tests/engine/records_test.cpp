@@ -4,6 +4,7 @@
 #include <numbers>
 
 #include "engine/records.h"
+#include "shell/entry.h"
 #include "shell/panner.h"
 #include "support/panner_fixture.h"
 

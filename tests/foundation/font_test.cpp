@@ -7,6 +7,7 @@
 #include "foundation/bitmap.h"
 #include "foundation/font.h"
 #include "foundation/host_api.h"
+#include "shell/entry.h"
 #include "shell/panner.h"
 #include "support/memory_bitmap.h"
 #include "support/panner_fixture.h"

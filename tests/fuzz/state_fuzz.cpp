@@ -7,6 +7,7 @@
 
 #include "engine/audio_block.h"
 #include "fuzz_host.h"
+#include "shell/entry.h"
 #include "shell/panner.h"
 #include "shell/state_chunk.h"
 

@@ -10,6 +10,7 @@
 #include "foundation/host_api.h"
 #include "host/session.h"
 #include "plugin_paths.h"
+#include "shell/entry.h"
 #include "shell/panner.h"
 #include "shell/state_chunk.h"
 

@@ -11,6 +11,7 @@
 #include "engine/records.h"
 #include "layouts/layouts.h"
 #include "shell/dispatcher.h"
+#include "shell/entry.h"
 #include "shell/panner.h"
 #include "shell/parameters.h"
 #include "shell/state_chunk.h"

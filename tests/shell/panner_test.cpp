@@ -7,6 +7,7 @@
 #include "engine/records.h"
 #include "platform/platform.h"
 #include "shell/dispatcher.h"
+#include "shell/entry.h"
 #include "shell/panner.h"
 #include "shell/theme.h"
 #include "support/panner_fixture.h"

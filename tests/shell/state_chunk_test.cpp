@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "engine/records.h"
+#include "shell/entry.h"
 #include "shell/panner.h"
 #include "shell/state_chunk.h"
 #include "support/panner_fixture.h"

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "foundation/host_api.h"
+#include "shell/entry.h"
 #include "shell/panner.h"
 
 struct PannerTest : ::testing::Test {
