@@ -284,16 +284,15 @@ void idle(SurroundPanner* p) {
     bool forced = pending & PENDING_FORCED;
     int n = inputCount(p), m = speakerCount(p);
     if (n != a) {
-        int32_t shift[2] = {(n < a ? n : a) * PARAMS_PER_INPUT + PARAMS_GLOBAL, (n - a) * PARAMS_PER_INPUT};
+        int32_t shift[2] = {parameterIndex(POWNER_INPUT, n < a ? n : a, 0, n), (n - a) * PARAMS_PER_INPUT};
         hostNote(p, audioMasterVendorSpecific, HOST_LOOKUP_OPCODE, HOST_NOTE_SHIFT, shift);
     }
     if (m != b) {
-        int32_t shift[2] = {n * PARAMS_PER_INPUT + PARAMS_GLOBAL + (m < b ? m : b) * PARAMS_PER_SPEAKER,
-                            (m - b) * PARAMS_PER_SPEAKER};
+        int32_t shift[2] = {parameterIndex(POWNER_SPEAKER, m < b ? m : b, 0, n), (m - b) * PARAMS_PER_SPEAKER};
         hostNote(p, audioMasterVendorSpecific, HOST_LOOKUP_OPCODE, HOST_NOTE_SHIFT, shift);
     }
     if (n != a || m != b) {
-        p->effect.numParams = PARAMS_PER_INPUT * n + PARAMS_GLOBAL + PARAMS_PER_SPEAKER * m;
+        p->effect.numParams = parameterCount(n, m);
         intptr_t counts = intptr_t(n) << 12 | 0xF00 | intptr_t(m) << 20;
         hostNote(p, audioMasterVendorSpecific, HOST_LOOKUP_OPCODE, HOST_NOTE_COUNTS, reinterpret_cast<void*>(counts));
     }

@@ -68,7 +68,7 @@ SurroundPanner* createPanner() {
     p->effect.numPrograms = 1;
     p->effect.numInputs = n;
     p->effect.numOutputs = n;
-    p->effect.numParams = 9 * n + 3 * n + 6;
+    p->effect.numParams = parameterCount(n, n);
     p->effect.flags = PANNER_FLAGS;
     p->effect.initialDelay = 0;
     p->effect.ioRatio = 1.0f;

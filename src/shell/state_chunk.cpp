@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "engine/instance.h"
+#include "engine/parameter_table.h"
 #include "engine/records.h"
 #include "engine/speaker_analysis.h"
 #include "foundation/grow_buffer.h"
@@ -150,7 +151,7 @@ void refreshAfterLoad(SurroundPanner* p) {
     p->audioSpeakers = -1;
     p->effect.numInputs = inputCount(p);
     p->effect.numOutputs = speakerCount(p);
-    p->effect.numParams = 9 * inputCount(p) + 6 + 3 * speakerCount(p);
+    p->effect.numParams = parameterCount(inputCount(p), speakerCount(p));
 }
 
 }  // namespace
