@@ -23,7 +23,7 @@ using Clock = std::chrono::steady_clock;
 SurroundPanner* makeSession(int inputs, int speakers) {
     SurroundPanner* p = createPanner();
     LockHold hold(&p->stateLock);
-    growBufferResize(&p->inputs, size_t(inputs) * sizeof(PanInput));
+    p->inputs.resize(inputs);
     for (int i = 0; i < inputs; i++) {
         PanInput& in = inputRecords(p)[i];
         newInputRecord(&in, i);
@@ -31,7 +31,7 @@ SurroundPanner* makeSession(int inputs, int speakers) {
         in.posY = std::cos(i * 1.3);
         in.posZ = (i % 4) * 0.25;
     }
-    growBufferResize(&p->speakers, size_t(speakers) * sizeof(PanSpeaker));
+    p->speakers.resize(speakers);
     int perLayer = speakers > 8 ? speakers / 2 : speakers;
     for (int s = 0; s < speakers; s++) {
         double a = 2.0 * 3.141592653589793 * (s % perLayer) / perLayer;

@@ -20,10 +20,10 @@ int instanceContainers(SurroundPanner* p, GrowBuffer** list) {
     list[n++] = &p->zShapeMeshes;
     list[n++] = &p->speakerMeshes;
     list[n++] = &p->inputMeshes;
-    list[n++] = &p->inputs;
-    list[n++] = &p->speakers;
+    list[n++] = &p->inputs.bytes;
+    list[n++] = &p->speakers.bytes;
     for (GrowBuffer& table : p->gainTables) list[n++] = &table;
-    list[n++] = &p->openGestures;
+    list[n++] = &p->openGestures.bytes;
     list[n++] = &p->gainRowScratch;
     list[n++] = &p->inputDelays;
     return n;

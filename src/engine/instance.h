@@ -12,6 +12,9 @@
 #include "vst/aeffect.h"
 
 struct MIRQ_IBitmap;
+struct PanInput;
+struct PanSpeaker;
+struct GestureEntry;
 
 // uiFlags: bits 8..11 hold the view mode; the option bits follow.
 constexpr uint32_t UI_VIEW_MODE_SHIFT = 8;
@@ -73,8 +76,8 @@ struct SurroundPanner {
     uint8_t stateLoaded;
     uint8_t layoutChosenOnce;
     // Inputs and speakers
-    GrowBuffer inputs;    // PanInput
-    GrowBuffer speakers;  // PanSpeaker
+    GrowArray<PanInput> inputs;
+    GrowArray<PanSpeaker> speakers;
     uint32_t speakerFlagsUnion;
     int32_t warpActive;
     int32_t audioInputs;
@@ -92,7 +95,7 @@ struct SurroundPanner {
     int32_t zShape;
     int32_t selectionState[4];
     // Gestures open at the host
-    GrowBuffer openGestures;
+    GrowArray<GestureEntry> openGestures;  // sorted by the host's order of ending them
     // Meters and the global mix controls
     double meterPeaks[METER_COUNT];
     double centerPercent;

@@ -82,15 +82,15 @@ static int32_t gestureOrder(int32_t key) { return (key >= PG_SCENE_X && key <= P
 
 // Bisection: the position of key, or where it belongs; *found tells which.
 static int findGesture(const SurroundPanner* p, int32_t key, bool* found) {
-    const GestureEntry* list = growItems<GestureEntry>(p->openGestures);
-    int lo = 0, hi = growCount<GestureEntry>(p->openGestures);
+    const GestureEntry* list = p->openGestures.data();
+    int lo = 0, hi = p->openGestures.size();
     int32_t want = gestureOrder(key);
     while (lo < hi) {
         int mid = (lo + hi) / 2;
         if (gestureOrder(list[mid].key) > want) lo = mid + 1;
         else hi = mid;
     }
-    *found = lo < growCount<GestureEntry>(p->openGestures) && list[lo].key == key;
+    *found = lo < p->openGestures.size() && list[lo].key == key;
     return lo;
 }
 
@@ -108,10 +108,10 @@ void notifyParameter(SurroundPanner* p, int input, int speaker, int code) {
     bool found;
     int at = findGesture(p, index, &found);
     if (!found) {
-        size_t count = size_t(growCount<GestureEntry>(p->openGestures));
-        if (growBufferResize(&p->openGestures, (count + 1) * sizeof(GestureEntry))) {
-            GestureEntry* list = growItems<GestureEntry>(p->openGestures);
-            std::memmove(list + at + 1, list + at, (count - size_t(at)) * sizeof(GestureEntry));
+        int count = p->openGestures.size();
+        if (p->openGestures.resize(count + 1)) {
+            GestureEntry* list = p->openGestures.data();
+            std::memmove(list + at + 1, list + at, size_t(count - at) * sizeof(GestureEntry));
             list[at] = GestureEntry{index, 1};
         }
         hostCall(p, audioMasterBeginEdit, index, 0.0f);
@@ -124,16 +124,16 @@ void notifyParameter(SurroundPanner* p, int input, int speaker, int code) {
 }
 
 void endGestures(SurroundPanner* p) {
-    const GestureEntry* list = growItems<GestureEntry>(p->openGestures);
-    int count = growCount<GestureEntry>(p->openGestures);
+    const GestureEntry* list = p->openGestures.data();
+    int count = p->openGestures.size();
     for (int i = 0; i < count; i++) hostCall(p, audioMasterEndEdit, list[i].key, 0.0f);
-    growBufferResize(&p->openGestures, 0);
+    p->openGestures.resize(0);
     p->lastGestureTick = 0;
 }
 
 int openGestureKeys(const SurroundPanner* p, int32_t* keys, int capacity) {
-    const GestureEntry* list = growItems<GestureEntry>(p->openGestures);
-    int count = growCount<GestureEntry>(p->openGestures);
+    const GestureEntry* list = p->openGestures.data();
+    int count = p->openGestures.size();
     int n = count < capacity ? count : capacity;
     for (int i = 0; i < n; i++) keys[i] = list[i].key;
     return n;

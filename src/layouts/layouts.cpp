@@ -180,7 +180,7 @@ int applyLayout(SurroundPanner* p, int id) {
     int family = 0, count = 0;
     id = lookupLayout(id, &family, &count);
     const LayoutRow* row = layoutRow(id);
-    if (!growBufferResize(&p->speakers, size_t(count) * sizeof(PanSpeaker))) count = speakerCount(p);
+    if (!p->speakers.resize(count)) count = speakerCount(p);
     p->layoutId = id;
     p->layoutFamily = family;
     p->firstSpeakerStrip = 0;
@@ -218,7 +218,7 @@ int setSpeakerCount(SurroundPanner* p, int count) {
     if (count > SPEAKER_COUNT_MAX) count = SPEAKER_COUNT_MAX;
     if (count < 0) count = 0;
     int old = speakerCount(p);
-    if (!growBufferResize(&p->speakers, size_t(count) * sizeof(PanSpeaker))) count = old;
+    if (!p->speakers.resize(count)) count = old;
     p->layoutId = LAYOUT_CUSTOM;
     // 2. New speakers take the next free slots of the family.
     PanSpeaker* spk = speakerRecords(p);
@@ -252,7 +252,7 @@ bool setInputCount(SurroundPanner* p, int count) {
     recomputeScene(p);
     // 2, 3. The array; new inputs get their records, then their working places.
     int old = inputCount(p);
-    if (!growBufferResize(&p->inputs, size_t(count) * sizeof(PanInput))) return false;
+    if (!p->inputs.resize(count)) return false;
     for (int i = old; i < count; i++) newInputRecord(&inputRecords(p)[i], i);
     if (count > old) {
         beginEdit(p);

@@ -273,13 +273,13 @@ void loadState(SurroundPanner* p, const void* data, int32_t size) {
     if (inputs < 0 || inputs > STATE_MAX_RECORDS || speakers < 0 || speakers > STATE_MAX_RECORDS) return;
 
     // 6. Inputs, zero-filled first so that what the block lacks starts at 0.
-    if (!growBufferResize(&p->inputs, size_t(inputs) * sizeof(PanInput)) || inputs == 0) return;
+    if (!p->inputs.resize(inputs) || inputs == 0) return;
     PanInput* in = inputRecords(p);
     std::memset(in, 0, size_t(inputs) * sizeof(PanInput));
     for (int i = 0; i < inputs; i++) readInput(r, &in[i], i, version);
 
     // 7. Speakers likewise.
-    if (!growBufferResize(&p->speakers, size_t(speakers) * sizeof(PanSpeaker)) || speakers == 0) return;
+    if (!p->speakers.resize(speakers) || speakers == 0) return;
     PanSpeaker* spk = speakerRecords(p);
     std::memset(spk, 0, size_t(speakers) * sizeof(PanSpeaker));
     for (int s = 0; s < speakers; s++) readSpeaker(r, &spk[s]);

@@ -74,7 +74,7 @@ TEST_F(PannerTest, DelayLinesDelayCrossfadeAndKeepRunningWhileMuted) {
     run.block(480, impulseAt(run.clock + 10));
     {
         LockHold hold(&p->stateLock);
-        growBufferResize(&p->inputs, 2 * sizeof(PanInput));
+        p->inputs.resize(2);
         newInputRecord(&inputRecords(p)[1], 1);
     }
     moveInput(p, 0, 1, 1, 0);
@@ -147,7 +147,7 @@ TEST_F(PannerTest, MetersHalveIn75MillisecondsAndNoInputsGiveSilence) {
 
     {
         LockHold hold(&p->stateLock);
-        growBufferResize(&p->inputs, 0);
+        p->inputs.resize(0);
     }
     run.block(64, silence);
     run.out[0].assign(64, 7.0);

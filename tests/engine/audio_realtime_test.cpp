@@ -79,7 +79,7 @@ TEST_F(PannerTest, AudioRunsCleanWhileAnotherThreadChangesEverything) {
                 LockHold hold(&p->stateLock);
                 int count = 1 + k % 9;
                 int old = inputCount(p);
-                growBufferResize(&p->inputs, size_t(count) * sizeof(PanInput));
+                p->inputs.resize(count);
                 for (int i = old; i < count; i++) newInputRecord(&inputRecords(p)[i], i);
                 placeRig(p, k % 100 ? surround51Rig() : smpte71Rig());
                 continue;
