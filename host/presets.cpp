@@ -6,13 +6,12 @@
 #include <string>
 #include <vector>
 
+#include "engine/instance.h"
 #include "engine/records.h"
 #include "foundation/host_api.h"
 #include "host/session.h"
 #include "layouts/layouts.h"
 #include "layouts/presets.h"
-#include "shell/entry.h"
-#include "shell/panner.h"
 #include "shell/state_chunk.h"
 
 namespace {
@@ -125,14 +124,14 @@ int runSave(const std::string& name, const PresetOptions& o) {
     if (!o.state.empty() && stateChunkShape(chunk.data(), int32_t(chunk.size())).speakers < 1)
         return fail(o.state + ": the state holds no speakers");
     if (!o.layout.empty() && (layoutId = layoutFromOption(o.layout, &problem)) < 0) return fail(problem);
-    SurroundPanner* p = createPanner();
+    SurroundPanner* p = instanceCreate();
     if (!p) return fail("out of memory");
     if (!chunk.empty()) loadState(p, chunk.data(), int32_t(chunk.size()));
     else applyLayout(p, layoutId);
     std::string temp = path + ".partial";
     int64_t written = savePresetFile(p, temp.c_str());
     int speakers = speakerCount(p);
-    destroyPanner(p);
+    instanceDestroy(p);
     std::error_code ec;
     bool whole = written >= 0 && int64_t(std::filesystem::file_size(temp, ec)) == written && !ec;
     if (whole) std::filesystem::rename(temp, path, ec);
@@ -160,18 +159,18 @@ int runLoad(const std::string& name, const PresetOptions& o, const char* default
     std::vector<unsigned char> chunk = sessionSaveState(&s);
     sessionClose(&s);
     if (chunk.empty()) return fail(plugin + ": the plugin gives no state to read the speakers from");
-    SurroundPanner* p = createPanner();
-    if (!p) return fail("out of memory");
-    loadState(p, chunk.data(), int32_t(chunk.size()));
-    int speakers = speakerCount(p);
+    StateChunk state;
+    stateChunkInit(&state);
+    readStateChunk(chunk.data(), int32_t(chunk.size()), &state.head, &state.inputs, &state.speakers);
+    int speakers = state.speakers.size();
     std::printf("loaded %d speaker%s from %s into %s\n", speakers, speakers == 1 ? "" : "s", path.c_str(),
                 plugin.c_str());
     for (int i = 0; i < speakers; i++) {
-        const PanSpeaker& r = speakerRecords(p)[i];
+        const PanSpeaker& r = state.speakers[i];
         std::printf("%3d  x %9.6f  y %9.6f  z %8.6f  gain %.6f  influence %.6f  %-6s  %s\n", i + 1, r.posX, r.posY,
                     r.posZ, r.gain, r.influence, r.lfe ? "LFE" : r.vacant ? "vacant" : "-", r.name);
     }
-    destroyPanner(p);
+    stateChunkFree(&state);
     return 0;
 }
 

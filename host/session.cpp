@@ -8,10 +8,9 @@
 #include <filesystem>
 #include <functional>
 
+#include "engine/instance.h"
 #include "layouts/layouts.h"
 #include "layouts/presets.h"
-#include "shell/entry.h"
-#include "shell/panner.h"
 #include "shell/state_chunk.h"
 
 // Vendor calls of the effect's named values.
@@ -170,7 +169,7 @@ bool folderExists(const std::string& path) {
     return std::filesystem::is_directory(folder, ec);
 }
 
-// The effect's state, changed by `edit` on a scratch instance of the core library, loaded back
+// The effect's state, changed by `edit` on a bare instance of the core library, loaded back
 // into the effect as a chunk. `edit` returns "" when it did its work, else the reason.
 static bool composeState(PluginSession* s, const std::function<std::string(SurroundPanner*)>& edit,
                          std::string* error) {
@@ -179,7 +178,7 @@ static bool composeState(PluginSession* s, const std::function<std::string(Surro
         *error = "the plugin gives no state to change";
         return false;
     }
-    SurroundPanner* p = createPanner();
+    SurroundPanner* p = instanceCreate();
     if (!p) {
         *error = "out of memory";
         return false;
@@ -189,7 +188,7 @@ static bool composeState(PluginSession* s, const std::function<std::string(Surro
     void* data = nullptr;
     int32_t size = problem.empty() ? saveState(p, &data) : 0;
     std::vector<unsigned char> composed(static_cast<unsigned char*>(data), static_cast<unsigned char*>(data) + size);
-    destroyPanner(p);
+    instanceDestroy(p);
     if (composed.empty()) {
         *error = problem.empty() ? "out of memory" : problem;
         return false;

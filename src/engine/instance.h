@@ -48,6 +48,8 @@ constexpr int32_t PANNER_VERSION = 1100;
 constexpr int32_t PANNER_FLAGS =
     effFlagsHasEditor | effFlagsCanReplacing | effFlagsProgramChunks | effFlagsCanDoubleReplacing;
 constexpr int METER_COUNT = 32;
+// The pan law when the ini file names none, in dB.
+constexpr double PAN_LAW_DEFAULT_DB = -3.0;
 
 struct SurroundPanner {
     // Host face: the editor's window, the AEffect the host holds, the lock of the records
@@ -139,3 +141,12 @@ void markAllInputsDirty(SurroundPanner* p);
 // INSTANCE_CONTAINER_COUNT); returns their count. Destruction frees them in reverse.
 constexpr int INSTANCE_CONTAINER_COUNT = 15;
 int instanceContainers(SurroundPanner* p, GrowBuffer** list);
+
+// [any thread] A bare instance: zero-filled, its lock and containers ready, the fields with
+// non-zero defaults set, no records, no AEffect functions. The plugin's construction builds on
+// it; tools hold one to change a state with the core library. Returns null when the allocation
+// fails.
+SurroundPanner* instanceCreate();
+// [any thread] Frees the containers, the lock and the object; null does nothing. Delay lines
+// are the audio block's (releaseDelayLines) and must be released first.
+void instanceDestroy(SurroundPanner* p);

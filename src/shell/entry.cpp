@@ -1,6 +1,5 @@
 #include "shell/entry.h"
 
-#include <cstdlib>
 #include <cstring>
 
 #include "engine/audio_block.h"
@@ -19,7 +18,7 @@ static double readPanLaw() {
     char text[128] = {0};
     const char* path = hostApi.get_ini_file ? hostApi.get_ini_file() : nullptr;
     if (path && *path) iniReadString(path, "kelvane", "panlaw", "", text, sizeof text);
-    if (!text[0]) return -3.0;
+    if (!text[0]) return PAN_LAW_DEFAULT_DB;
     double db = parseLeadingDouble(text);
     if (db < -6.0) db = -6.0;
     if (db > 0.0) db = 0.0;
@@ -27,37 +26,11 @@ static double readPanLaw() {
 }
 
 SurroundPanner* createPanner() {
-    SurroundPanner* p = static_cast<SurroundPanner*>(std::calloc(1, sizeof(SurroundPanner)));
+    SurroundPanner* p = instanceCreate();
     if (!p) return nullptr;
-
-    // 1. The lock first, then the containers.
-    lockInit(&p->stateLock);
-    GrowBuffer* containers[INSTANCE_CONTAINER_COUNT];
-    int count = instanceContainers(p, containers);
-    for (int i = 0; i < count; i++) growBufferInit(containers[i]);
-
-    // 2, 3. Sample rate and the pan law of the host's ini file.
-    p->sampleRate = 48000.0;
     p->panLawDb = readPanLaw();
 
-    // 4, 5. Scalar defaults and a full recompute on the first block.
-    p->dpiScale = 256;
-    const int32_t dragDefaults[6] = {-1, -1, -1, 0, 0, -1};
-    std::memcpy(p->dragState, dragDefaults, sizeof dragDefaults);
-    p->channelOptions = 0;
-    p->layoutId = -1;
-    p->layoutFamily = -1;
-    p->centerPercent = 1.0;
-    p->sidePercent = 1.0;
-    p->editRowMode[0] = 0;
-    p->editRowMode[1] = 1;
-    p->editRowMode[2] = 2;
-    p->zShape = 0;
-    for (int32_t& s : p->selectionState) s = -1;
-    markAllInputsDirty(p);
-    p->speakersChanged = 1;
-
-    // 6, 7. The host's channel count and the AEffect the host sees.
+    // The host's channel count and the AEffect the host sees.
     int n = hostChannelCount();
     std::memset(&p->effect, 0, sizeof p->effect);
     p->effect.magic = kEffectMagic;
@@ -78,20 +51,21 @@ SurroundPanner* createPanner() {
     p->effect.processReplacing = processFloatIgnored;
     p->effect.processDoubleReplacing = processDoubleReplacing;
 
-    // 8 to 10. Speakers, inputs, and the analysis of the final speakers.
+    // The layout of that many channels, as many inputs placed by rule, and the analysis of the
+    // final speakers.
     applyLayout(p, layoutForChannelCount(n));
     setInputCount(p, n);
     analyzeSpeakers(p);
 
-    // 11. Meters clear, gain tables sized by the first audio block.
+    // Meters clear; the first audio block sizes the gain tables.
     std::memset(p->meterPeaks, 0, sizeof p->meterPeaks);
     p->audioInputs = -1;
     p->audioSpeakers = -1;
 
-    // 12. The first instance registers the view's window class.
+    // The first instance registers the view's window class.
     if (++instanceCount == 1) windowClassRegister(VIEW_WINDOW_CLASS, nullptr);
 
-    // 13. Editor fields start empty.
+    // The editor's fields start empty.
     std::memset(p->dialogMetrics, 0, sizeof p->dialogMetrics);
     std::memset(&p->stripControls, 0, sizeof p->stripControls);
     return p;

@@ -1,6 +1,5 @@
 #include "shell/panner.h"
 
-#include <cstdlib>
 #include <type_traits>
 
 #include "engine/audio_block.h"
@@ -21,22 +20,17 @@ int hostChannelCount() {
 
 void destroyPanner(SurroundPanner* p) {
     if (!p) return;
-    // 1. The editor window belongs to the dialog, which closes it.
+    // The editor window belongs to the dialog, which closes it.
     p->editorWindow = nullptr;
-    // 2. Delay lines, last to first.
+    // Delay lines, last to first.
     releaseDelayLines(p);
-    // 3. The last instance takes the window class, the shared chunk buffer and the label font
+    // The last instance takes the window class, the shared chunk buffer and the label font
     // with it.
     if (--instanceCount == 0) {
         windowClassUnregister(VIEW_WINDOW_CLASS);
         releaseStateBuffer();
         releaseLabelFont();
     }
-    // 4. Gestures, then the grow buffers in reverse order of construction.
-    GrowBuffer* containers[INSTANCE_CONTAINER_COUNT];
-    int count = instanceContainers(p, containers);
-    for (int i = count - 1; i >= 0; i--) growBufferFree(containers[i]);
-    // 5. The lock last.
-    lockDestroy(&p->stateLock);
-    std::free(p);
+    // The containers in reverse order of construction, then the lock.
+    instanceDestroy(p);
 }

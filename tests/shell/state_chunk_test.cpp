@@ -132,6 +132,21 @@ TEST_F(PannerTest, ChunkRoundTripsRandomStatesToTheSameBytes) {
         EXPECT_EQ(b->audioInputs, -1);
         int32_t expectedLayout = a->layoutId > 254 ? 255 : a->layoutId < 0 ? 0 : a->layoutId;
         EXPECT_EQ(b->layoutId, expectedLayout);
+
+        // The same block read as plain data, without an instance, writes back to the same bytes.
+        StateChunk plain;
+        stateChunkInit(&plain);
+        EXPECT_EQ(readStateChunk(first.data(), int32_t(first.size()), &plain.head, &plain.inputs, &plain.speakers),
+                  STATE_READ_WHOLE);
+        EXPECT_EQ(plain.inputs.size(), inputCount(a));
+        GrowBuffer rewritten;
+        growBufferInit(&rewritten);
+        ASSERT_TRUE(writeStateChunk(plain.head, plain.inputs.data(), plain.inputs.size(), plain.speakers.data(),
+                                    plain.speakers.size(), &rewritten));
+        const unsigned char* bytes = static_cast<const unsigned char*>(rewritten.data);
+        EXPECT_EQ(std::vector<unsigned char>(bytes, bytes + rewritten.used), first) << "round " << round;
+        growBufferFree(&rewritten);
+        stateChunkFree(&plain);
         destroyPanner(a);
         destroyPanner(b);
     }
