@@ -45,8 +45,7 @@ SurroundPanner* instanceCreate() {
     p->sampleRate = 48000.0;
     p->panLawDb = PAN_LAW_DEFAULT_DB;
     p->dpiScale = 256;
-    const int32_t dragDefaults[6] = {-1, -1, -1, 0, 0, -1};
-    std::memcpy(p->dragState, dragDefaults, sizeof dragDefaults);
+    std::memcpy(p->dragState, DRAG_IDLE, sizeof DRAG_IDLE);
     p->channelOptions = 0;
     p->layoutId = -1;
     p->layoutFamily = -1;

@@ -33,6 +33,20 @@ enum : uint32_t {
 enum { SELECTION_FOCUS = 0, SELECTION_VALUE_INPUT = 1, SELECTION_VALUE_SPEAKER = 2, SELECTION_VALUE_KIND = 3 };
 constexpr int32_t SELECT_SPEAKER = 0x100;
 
+// dragState: the pointer gesture of the room view, field by field, and its idle values.
+enum {
+    DRAG_PANE = 0,         // pane of the gesture, -1 when none
+    DRAG_INPUT = 1,        // input under the pointer while a drag of inputs runs, else -1
+    DRAG_SPEAKER = 2,      // speaker being dragged, else -1
+    DRAG_MARQUEE = 3,      // DRAG_MARQUEE_*
+    DRAG_ORBIT = 4,        // bit 0: the pointer's x turns the camera, bit 1: its y tilts it
+    DRAG_LOCKED_AXIS = 5,  // axis of a one-axis drag: 0 X, 1 Y, 2 Z; -1 when free
+    DRAG_FIELD_COUNT = 6,
+};
+enum { DRAG_MARQUEE_NONE = 0, DRAG_MARQUEE_WINDOW = 1, DRAG_MARQUEE_SMALL_VIEW = 2 };
+constexpr int32_t DRAG_PANE_SMALL_VIEW = 4;  // the room view inside the host's window
+constexpr int32_t DRAG_IDLE[DRAG_FIELD_COUNT] = {-1, -1, -1, DRAG_MARQUEE_NONE, 0, -1};
+
 // channelOptions bit 0: the input at index 3 is the LFE channel.
 constexpr uint32_t CHANNEL_OPTION_LFE_INPUT = 1;
 
@@ -112,7 +126,7 @@ struct SurroundPanner {
     int32_t dpiScale;
     uint8_t viewBusy;
     int32_t dialogMetrics[5];
-    int32_t dragState[6];
+    int32_t dragState[DRAG_FIELD_COUNT];
     int32_t marqueeRect[4];
     double dragAnchor[3];
     // Gesture and automation timing

@@ -7,6 +7,7 @@
 #include "foundation/host_api.h"
 #include "foundation/numbers.h"
 #include "layouts/layouts.h"
+#include "platform/window.h"
 #include "shell/dispatcher.h"
 #include "shell/panner.h"
 #include "shell/parameters.h"

@@ -5,6 +5,7 @@
 #include "engine/audio_block.h"
 #include "foundation/font.h"
 #include "foundation/host_api.h"
+#include "platform/window.h"
 #include "shell/state_chunk.h"
 
 static_assert(std::is_trivially_copyable_v<SurroundPanner>, "the effect object is zero-filled plain data");

@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "platform/platform.h"
+#include "platform/window.h"
 #include "support/temp_dir.h"
 
 TEST(RecursiveLockTest, SameThreadReentersOtherThreadWaits) {

@@ -6,6 +6,7 @@
 
 #include "engine/records.h"
 #include "platform/platform.h"
+#include "platform/window.h"
 #include "shell/dispatcher.h"
 #include "shell/entry.h"
 #include "shell/panner.h"
