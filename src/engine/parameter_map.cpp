@@ -104,7 +104,7 @@ void notifyParameter(SurroundPanner* p, int input, int speaker, int code) {
     else if (speaker >= 0) index = parameterIndex(POWNER_SPEAKER, speaker, code, inputCount(p));
     else index = code <= PG_SCENE_Z ? code : -1;
     if (index < 0) return;
-    // 1. A gesture opens on the first change of a parameter.
+    // A gesture opens on the first change of a parameter.
     bool found;
     int at = findGesture(p, index, &found);
     if (!found) {
@@ -116,7 +116,7 @@ void notifyParameter(SurroundPanner* p, int input, int speaker, int code) {
         }
         hostCall(p, audioMasterBeginEdit, index, 0.0f);
     }
-    // 2, 3. The present value goes out; 4. the time of the last change.
+    // The present value goes out; the time of the last change.
     ParameterRef r = decodeParameter(p, index);
     hostCall(p, audioMasterAutomate, index, r.owner == POWNER_NONE ? 0.0f : clampUnit(parameterValue(p, r)));
     uint32_t now = tickCount();
