@@ -7,6 +7,8 @@
 #include "support/panner_fixture.h"
 #include "support/speaker_rigs.h"
 
+struct AudioBlockTest : PannerFixture {};
+
 namespace {
 
 void moveInput(SurroundPanner* p, int i, double x, double y, double z) {
@@ -19,10 +21,10 @@ void moveInput(SurroundPanner* p, int i, double x, double y, double z) {
 
 }  // namespace
 
-TEST_F(PannerTest, APositionChangeRampsOverExactlyOneBlock) {
+TEST_F(AudioBlockTest, APositionChangeRampsOverExactlyOneBlock) {
     countAnswer = 1;
     for (int n : {64, 4096, 7}) {
-        SurroundPanner* p = createPanner();
+        SurroundPanner* p = make();
         placeRig(p, stereoRig());
         moveInput(p, 0, -1, 1, 0);
         AudioRun run(p);
@@ -36,13 +38,13 @@ TEST_F(PannerTest, APositionChangeRampsOverExactlyOneBlock) {
         run.block(n, constantOne);
         EXPECT_EQ(run.out[0][0], 0.0) << "no ramp without a change";
         EXPECT_EQ(run.out[1][0], 1.0);
-        destroyPanner(p);
+        destroy(p);
     }
 }
 
-TEST_F(PannerTest, DelayLinesDelayCrossfadeAndKeepRunningWhileMuted) {
+TEST_F(AudioBlockTest, DelayLinesDelayCrossfadeAndKeepRunningWhileMuted) {
     countAnswer = 1;
-    SurroundPanner* p = createPanner();
+    SurroundPanner* p = make();
     placeRig(p, stereoRig());
     moveInput(p, 0, -1, 1, 0);
     inputRecords(p)[0].delay = 0.01;  // 480 samples at 48 kHz
@@ -86,12 +88,12 @@ TEST_F(PannerTest, DelayLinesDelayCrossfadeAndKeepRunningWhileMuted) {
     EXPECT_EQ(current[1], 1.0);
     run.block(480, constantOne);
     EXPECT_EQ(run.out[1][0], std::sqrt(0.5)) << "only the new input: input 0's line restarts from silence";
-    destroyPanner(p);
+    destroy(p);
 }
 
-TEST_F(PannerTest, SoloMuteAndVacantRules) {
+TEST_F(AudioBlockTest, SoloMuteAndVacantRules) {
     countAnswer = 6;
-    SurroundPanner* p = createPanner();
+    SurroundPanner* p = make();
     placeRig(p, surround51Rig());
     for (int i = 0; i < 6; i++) moveInput(p, i, 0, 1, 0);  // all on the centre speaker
     auto sumOfInputs = [](int i, long long) { return double(1 << i); };
@@ -128,12 +130,12 @@ TEST_F(PannerTest, SoloMuteAndVacantRules) {
     speakerRecords(p)[2].mute = 1;
     run.block(16, sumOfInputs);
     EXPECT_EQ(run.out[2][5], 0.0);
-    destroyPanner(p);
+    destroy(p);
 }
 
-TEST_F(PannerTest, MetersHalveIn75MillisecondsAndNoInputsGiveSilence) {
+TEST_F(AudioBlockTest, MetersHalveIn75MillisecondsAndNoInputsGiveSilence) {
     countAnswer = 1;
-    SurroundPanner* p = createPanner();
+    SurroundPanner* p = make();
     placeRig(p, stereoRig());
     moveInput(p, 0, -1, 1, 0);
     AudioRun run(p);
@@ -156,5 +158,5 @@ TEST_F(PannerTest, MetersHalveIn75MillisecondsAndNoInputsGiveSilence) {
     p->effect.processDoubleReplacing(&p->effect, run.inPtrs.data(), run.outPtrs.data(), 64);
     EXPECT_EQ(run.out[0][63], 0.0) << "with no inputs every output is zero";
     EXPECT_EQ(run.out[1][0], 0.0);
-    destroyPanner(p);
+    destroy(p);
 }

@@ -35,12 +35,14 @@ __attribute__((visibility("default"))) void* realloc(void* ptr, size_t n) {
 }
 #endif
 
-TEST_F(PannerTest, BlocksOfAKnownShapeAllocateNothing) {
+struct AudioRealtimeTest : PannerFixture {};
+
+TEST_F(AudioRealtimeTest, BlocksOfAKnownShapeAllocateNothing) {
 #if !defined(KVP_COUNT_ALLOCATIONS)
     GTEST_SKIP() << "the sanitizers and Windows keep their own allocator";
 #else
     countAnswer = 8;
-    SurroundPanner* p = createPanner();
+    SurroundPanner* p = make();
     placeRig(p, smpte71Rig());
     for (int i = 0; i < 8; i++) {
         inputRecords(p)[i].delay = 0.001 * (i + 1);  // every input's line exists after the first block
@@ -61,13 +63,13 @@ TEST_F(PannerTest, BlocksOfAKnownShapeAllocateNothing) {
         run.block(b % 2 ? 512 : 256, constantOne);
     }
     EXPECT_EQ(heapAllocations.load() - before, 0);
-    destroyPanner(p);
+    destroy(p);
 #endif
 }
 
-TEST_F(PannerTest, AudioRunsCleanWhileAnotherThreadChangesEverything) {
+TEST_F(AudioRealtimeTest, AudioRunsCleanWhileAnotherThreadChangesEverything) {
     countAnswer = 6;
-    SurroundPanner* p = createPanner();
+    SurroundPanner* p = make();
     placeRig(p, surround51Rig());
     p->effect.numParams = 1000;  // the counts change under the writer; indices past them are ignored
     std::atomic<bool> stop{false};
@@ -109,5 +111,5 @@ TEST_F(PannerTest, AudioRunsCleanWhileAnotherThreadChangesEverything) {
     }
     stop = true;
     editor.join();
-    destroyPanner(p);
+    destroy(p);
 }

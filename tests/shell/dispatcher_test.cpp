@@ -31,7 +31,7 @@ std::vector<HostNote> notes;
 
 intptr_t VST_CALL recordingCallback(AEffect* e, int32_t opcode, int32_t index, intptr_t value, void* ptr, float opt) {
     if (opcode == HOST_LOOKUP_OPCODE && index == HOST_LOOKUP_QUERY)
-        return PannerTest::callback(e, opcode, index, value, ptr, opt);
+        return PannerFixture::callback(e, opcode, index, value, ptr, opt);
     HostNote n{opcode, index, value, reinterpret_cast<intptr_t>(ptr), 0, 0};
     if (opcode == audioMasterVendorSpecific && index == HOST_LOOKUP_OPCODE && value == 0 && ptr) {
         std::memcpy(&n.first, ptr, 4);
@@ -41,20 +41,16 @@ intptr_t VST_CALL recordingCallback(AEffect* e, int32_t opcode, int32_t index, i
     return 0;
 }
 
-struct DispatcherTest : PannerTest {
+struct DispatcherTest : PannerFixture {
     SurroundPanner* p = nullptr;
     AEffect* e = nullptr;
 
     void SetUp() override {
-        PannerTest::SetUp();
+        PannerFixture::SetUp();
         hostCallback = recordingCallback;
         notes.clear();
-        p = createPanner();
+        p = make();
         e = &p->effect;
-    }
-    void TearDown() override {
-        if (p) destroyPanner(p);
-        PannerTest::TearDown();
     }
     intptr_t vendor(int32_t index, intptr_t value, void* ptr, float opt = 0.0f) {
         return e->dispatcher(e, effVendorSpecific, index, value, ptr, opt);
@@ -125,7 +121,7 @@ TEST_F(DispatcherTest, NeitherAStateNorAHandMadeLayoutIsOverridden) {
     EXPECT_EQ(p->pendingChannelChange, 0u);
 
     // The speaker arrangement call: only a larger output count on a built-in layout.
-    SurroundPanner* q = createPanner();
+    SurroundPanner* q = make();
     AEffect* f = &q->effect;
     VstSpeakerArrangement in = {}, out = {};
     out.numChannels = 2;
@@ -138,15 +134,15 @@ TEST_F(DispatcherTest, NeitherAStateNorAHandMadeLayoutIsOverridden) {
     f->dispatcher(f, effSetSpeakerArrangement, 0, reinterpret_cast<intptr_t>(&in), &out, 0.0f);
     EXPECT_EQ(q->layoutId, layoutForChannelCount(8));
     EXPECT_EQ(speakerCount(q), 8);
-    destroyPanner(q);
+    destroy(q);
 
     // A hand-made arrangement only gets its analysis refreshed.
-    SurroundPanner* r = createPanner();
+    SurroundPanner* r = make();
     r->layoutId = 0;
     r->effect.dispatcher(&r->effect, effVendorSpecific, 42, 6, nullptr, 0.0f);
     EXPECT_EQ(speakerCount(r), 2);
     EXPECT_EQ(r->layoutChosenOnce, 1);
-    destroyPanner(r);
+    destroy(r);
 }
 
 TEST_F(DispatcherTest, NamedValuesReadAndWriteTheCounts) {

@@ -14,39 +14,41 @@
 #include "support/panner_fixture.h"
 #include "support/temp_dir.h"
 
+struct PannerTest : PannerFixture {};
+
 TEST_F(PannerTest, ChannelCountQueryDecidesTheShape) {
     countAnswer = 3;
-    SurroundPanner* p = createPanner();
+    SurroundPanner* p = make();
     ASSERT_NE(p, nullptr);
     EXPECT_EQ(p->effect.numInputs, 3);
     EXPECT_EQ(p->effect.numOutputs, 3);
     EXPECT_EQ(p->effect.numParams, 42);
     EXPECT_EQ(inputCount(p), 3);
-    destroyPanner(p);
+    destroy(p);
 
     for (intptr_t answer : {intptr_t(129), intptr_t(0), intptr_t(-4)}) {
         countAnswer = answer;
-        p = createPanner();
+        p = make();
         EXPECT_EQ(p->effect.numInputs, 2) << "answer " << answer;
         EXPECT_EQ(p->effect.numParams, 30);
         EXPECT_EQ(inputCount(p), 2);
-        destroyPanner(p);
+        destroy(p);
     }
     hostCallback = nullptr;
-    p = createPanner();
+    p = make();
     EXPECT_EQ(p->effect.numInputs, 2) << "no callback at all";
-    destroyPanner(p);
+    destroy(p);
 
     hostCallback = callback;
     countAnswer = 128;
-    p = createPanner();
+    p = make();
     EXPECT_EQ(p->effect.numInputs, 128);
     EXPECT_EQ(inputCount(p), 128);
-    destroyPanner(p);
+    destroy(p);
 }
 
 TEST_F(PannerTest, EffectRecordAndDefaults) {
-    SurroundPanner* p = createPanner();
+    SurroundPanner* p = make();
     const AEffect& e = p->effect;
     EXPECT_EQ(e.magic, 0x56737450);
     EXPECT_EQ(e.flags, 0x1031);
@@ -81,24 +83,24 @@ TEST_F(PannerTest, EffectRecordAndDefaults) {
     e.processReplacing(&p->effect, buffers, buffers, 1);
     e.process(&p->effect, buffers, buffers, 1);
     EXPECT_EQ(guard, 3.0f);
-    destroyPanner(p);
+    destroy(p);
 }
 
 TEST_F(PannerTest, WindowClassFollowsTheFirstAndLastInstance) {
     ASSERT_EQ(instanceCount, 0);
-    SurroundPanner* a = createPanner();
+    SurroundPanner* a = make();
     EXPECT_TRUE(windowClassRegistered(VIEW_WINDOW_CLASS));
-    SurroundPanner* b = createPanner();
+    SurroundPanner* b = make();
     EXPECT_EQ(instanceCount, 2);
-    destroyPanner(a);
+    destroy(a);
     EXPECT_TRUE(windowClassRegistered(VIEW_WINDOW_CLASS)) << "one instance still lives";
-    destroyPanner(b);
+    destroy(b);
     EXPECT_EQ(instanceCount, 0);
     EXPECT_FALSE(windowClassRegistered(VIEW_WINDOW_CLASS));
     // The second destruction did the unregistering: registering again works.
-    SurroundPanner* c = createPanner();
+    SurroundPanner* c = make();
     EXPECT_TRUE(windowClassRegistered(VIEW_WINDOW_CLASS));
-    destroyPanner(c);
+    destroy(c);
 }
 
 TEST_F(PannerTest, PanLawComesFromTheIniFileClamped) {
@@ -110,21 +112,21 @@ TEST_F(PannerTest, PanLawComesFromTheIniFileClamped) {
     const Case cases[] = {{"-9", -6.0}, {"2", 0.0}, {"-4.5", -4.5}, {"abc", 0.0}, {" -1.25", -1.25}};
     for (const Case& c : cases) {
         iniPath = dir.write("host.ini", std::string("[kelvane]\npanlaw=") + c.text + "\n");
-        SurroundPanner* p = createPanner();
+        SurroundPanner* p = make();
         EXPECT_DOUBLE_EQ(p->panLawDb, c.db) << "panlaw=" << c.text;
-        destroyPanner(p);
+        destroy(p);
     }
     iniPath = dir.write("host.ini", "[kelvane]\nother=1\n");
-    SurroundPanner* p = createPanner();
+    SurroundPanner* p = make();
     EXPECT_DOUBLE_EQ(p->panLawDb, -3.0) << "missing key";
-    destroyPanner(p);
+    destroy(p);
     iniPath.clear();
-    p = createPanner();
+    p = make();
     EXPECT_DOUBLE_EQ(p->panLawDb, -3.0) << "no ini file";
-    destroyPanner(p);
+    destroy(p);
 }
 
-TEST(ThemeColoursTest, ReadsKeysKeepsMissingOnesAndMasksAlpha) {
+TEST_F(PannerTest, ReadsKeysKeepsMissingOnesAndMasksAlpha) {
     ThemeColours saved = themeColours;
     readThemeColours("");
     EXPECT_EQ(themeColours.frontcol, 0xFF999999u);
@@ -144,7 +146,7 @@ TEST(ThemeColoursTest, ReadsKeysKeepsMissingOnesAndMasksAlpha) {
 }
 
 TEST_F(PannerTest, DispatcherAnswersThePlainOpcodes) {
-    SurroundPanner* p = createPanner();
+    SurroundPanner* p = make();
     AEffect* e = &p->effect;
     char text[256];
     e->dispatcher(e, effGetEffectName, 0, 0, text, 0.0f);
@@ -179,6 +181,7 @@ TEST_F(PannerTest, DispatcherAnswersThePlainOpcodes) {
 
     AEffect orphan = {};
     EXPECT_EQ(e->dispatcher(&orphan, effGetVstVersion, 0, 0, nullptr, 0.0f), 0) << "no object: nothing";
+    forget(p);
     EXPECT_EQ(e->dispatcher(e, effClose, 0, 0, nullptr, 0.0f), 0);
     EXPECT_EQ(instanceCount, 0);
 }
