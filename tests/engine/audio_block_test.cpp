@@ -27,7 +27,7 @@ TEST_F(AudioBlockTest, APositionChangeRampsOverExactlyOneBlock) {
         SurroundPanner* p = make();
         placeRig(p, stereoRig());
         moveInput(p, 0, -1, 1, 0);
-        AudioRun run(p);
+        AudioRun run(&p->effect);
         run.block(n, constantOne);
         EXPECT_EQ(run.out[0][0], 1.0) << "the first block starts at its gains";
         moveInput(p, 0, 1, 1, 0);
@@ -48,7 +48,7 @@ TEST_F(AudioBlockTest, DelayLinesDelayCrossfadeAndKeepRunningWhileMuted) {
     placeRig(p, stereoRig());
     moveInput(p, 0, -1, 1, 0);
     inputRecords(p)[0].delay = 0.01;  // 480 samples at 48 kHz
-    AudioRun run(p);
+    AudioRun run(&p->effect);
     auto impulseAt = [](long long when) {
         return [when](int, long long t) { return t == when ? 1.0 : 0.0; };
     };
@@ -97,7 +97,7 @@ TEST_F(AudioBlockTest, SoloMuteAndVacantRules) {
     placeRig(p, surround51Rig());
     for (int i = 0; i < 6; i++) moveInput(p, i, 0, 1, 0);  // all on the centre speaker
     auto sumOfInputs = [](int i, long long) { return double(1 << i); };
-    AudioRun run(p);
+    AudioRun run(&p->effect);
     run.block(16, sumOfInputs);
     EXPECT_EQ(run.out[2][0], 63.0) << "every input reaches the centre";
 
@@ -138,7 +138,7 @@ TEST_F(AudioBlockTest, MetersHalveIn75MillisecondsAndNoInputsGiveSilence) {
     SurroundPanner* p = make();
     placeRig(p, stereoRig());
     moveInput(p, 0, -1, 1, 0);
-    AudioRun run(p);
+    AudioRun run(&p->effect);
     run.block(480, [](int, long long t) { return t == 100 ? -1.0 : 0.0; });
     EXPECT_EQ(meterPeak(p, 0), 1.0);
     EXPECT_EQ(meterPeak(p, 16), 1.0) << "the first speaker's strip";

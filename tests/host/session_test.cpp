@@ -11,6 +11,7 @@
 #include "host/session.h"
 #include "plugin_paths.h"
 #include "shell/state_chunk.h"
+#include "support/audio_run.h"
 
 namespace {
 
@@ -21,18 +22,12 @@ bool isLookup(const AudioMasterCall& c) { return c.opcode == HOST_LOOKUP_OPCODE 
 
 // Blocks of a sine on every input; returns the peak of every output.
 std::vector<double> runBlocks(AEffect* e, int blocks, int frames) {
-    std::vector<std::vector<double>> in(size_t(e->numInputs), std::vector<double>(size_t(frames)));
-    std::vector<std::vector<double>> out(size_t(e->numOutputs), std::vector<double>(size_t(frames)));
-    std::vector<double*> ip, op;
-    for (auto& b : in) ip.push_back(b.data());
-    for (auto& b : out) op.push_back(b.data());
-    std::vector<double> peaks(out.size(), 0.0);
+    AudioRun run(e);
+    std::vector<double> peaks(size_t(e->numOutputs), 0.0);
     for (int b = 0; b < blocks; b++) {
-        for (auto& buffer : in)
-            for (int n = 0; n < frames; n++) buffer[size_t(n)] = std::sin(0.05 * (b * frames + n));
-        e->processDoubleReplacing(e, ip.data(), op.data(), frames);
+        const auto& out = run.block(frames, [](int, long long t) { return std::sin(0.05 * double(t)); });
         for (size_t o = 0; o < out.size(); o++)
-            for (double v : out[o]) peaks[o] = std::fmax(peaks[o], std::fabs(v));
+            for (int k = 0; k < frames; k++) peaks[o] = std::fmax(peaks[o], std::fabs(out[o][size_t(k)]));
     }
     return peaks;
 }

@@ -64,6 +64,12 @@ struct DispatcherTest : PannerFixture {
         vendor(0x18, reinterpret_cast<intptr_t>(name), const_cast<char*>(text));
     }
     void idle() { e->dispatcher(e, effIdle, 0, 0, nullptr, 0.0f); }
+    std::vector<unsigned char> savedChunk() {
+        void* data = nullptr;
+        intptr_t size = e->dispatcher(e, effGetChunk, 0, 0, &data, 0.0f);
+        const unsigned char* bytes = static_cast<const unsigned char*>(data);
+        return std::vector<unsigned char>(bytes, bytes + size);
+    }
     // The channel-change reports of the last idle calls, other notes left out.
     std::vector<HostNote> channelReports() const {
         std::vector<HostNote> out;
@@ -102,7 +108,7 @@ TEST_F(DispatcherTest, ChannelNoticeTakesALayoutOnceAndParametersWaitForIdle) {
     EXPECT_EQ(r[0].change, 4 * 3);
     EXPECT_EQ(r[1].value, 13);
     EXPECT_EQ(r[1].ptr, countWord(2, 6));
-    EXPECT_EQ(e->numParams, 9 * 2 + 6 + 3 * 6);
+    EXPECT_EQ(e->numParams, 42) << "two inputs and six speakers";
     EXPECT_EQ(p->pendingChannelChange, 0u);
     e->setParameter(e, 6, 1.0f);
     EXPECT_EQ(inputRecords(p)[0].gain, 4.0) << "idle lifted the refusal";
@@ -331,9 +337,13 @@ TEST_F(DispatcherTest, SetParameterSideEffects) {
     // X of an input, and indices outside the list.
     e->setParameter(e, 7, 0.75f);
     EXPECT_DOUBLE_EQ(inputRecords(p)[0].posX, 0.5);
+    std::vector<unsigned char> before = savedChunk();
+    uint64_t dirty = p->gainsDirtyInputs[0];
     e->setParameter(e, e->numParams, 1.0f);
     e->setParameter(e, -1, 1.0f);
     e->setParameter(nullptr, 0, 1.0f);
+    EXPECT_EQ(savedChunk(), before) << "an index outside the list changes nothing";
+    EXPECT_EQ(p->gainsDirtyInputs[0], dirty);
 
     // The scene: a value moves the group and leaves the scene tick for idle to end the edit.
     e->setParameter(e, 3, 1.0f);

@@ -129,7 +129,6 @@ TEST_F(StateChunkTest, ChunkRoundTripsRandomStatesToTheSameBytes) {
         EXPECT_EQ(b->stateLoaded, 1);
         EXPECT_EQ(b->effect.numInputs, inputCount(a));
         EXPECT_EQ(b->effect.numOutputs, speakerCount(a));
-        EXPECT_EQ(b->effect.numParams, 9 * inputCount(a) + 6 + 3 * speakerCount(a));
         EXPECT_EQ(b->uiFlags, a->uiFlags);
         EXPECT_EQ(b->audioInputs, -1);
         int32_t expectedLayout = a->layoutId > 254 ? 255 : a->layoutId < 0 ? 0 : a->layoutId;
