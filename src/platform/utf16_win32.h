@@ -1,4 +1,4 @@
-// UTF-8 to the wide text of the Win32 calls, for the Win32 units of this folder only.
+// UTF-8 to the wide text of the Win32 calls, for the Win32 units of src/ (never a shared header).
 #pragma once
 
 #include <windows.h>
