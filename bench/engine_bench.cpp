@@ -12,6 +12,7 @@
 #include "engine/gain_matrix.h"
 #include "engine/records.h"
 #include "engine/speaker_analysis.h"
+#include "shell/entry.h"
 #include "shell/panner.h"
 
 namespace {
@@ -27,7 +28,7 @@ double threadSeconds() {
 SurroundPanner* makeSession(int inputs, int speakers) {
     SurroundPanner* p = createPanner();
     LockHold hold(&p->stateLock);
-    growBufferResize(&p->inputs, size_t(inputs) * sizeof(PanInput));
+    p->inputs.resize(inputs);
     for (int i = 0; i < inputs; i++) {
         PanInput& in = inputRecords(p)[i];
         newInputRecord(&in, i);
@@ -35,7 +36,7 @@ SurroundPanner* makeSession(int inputs, int speakers) {
         in.posY = std::cos(i * 1.3);
         in.posZ = (i % 4) * 0.25;
     }
-    growBufferResize(&p->speakers, size_t(speakers) * sizeof(PanSpeaker));
+    p->speakers.resize(speakers);
     int perLayer = speakers > 8 ? speakers / 2 : speakers;
     for (int s = 0; s < speakers; s++) {
         double a = 2.0 * 3.141592653589793 * (s % perLayer) / perLayer;

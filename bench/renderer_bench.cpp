@@ -15,6 +15,7 @@
 #include "engine/records.h"
 #include "layouts/layouts.h"
 #include "roomview/scene.h"
+#include "shell/entry.h"
 #include "shell/panner.h"
 #include "shell/theme.h"
 #include "support/memory_bitmap.h"

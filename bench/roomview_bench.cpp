@@ -21,6 +21,7 @@
 #include "layouts/layouts.h"
 #include "roomview/paint.h"
 #include "roomview/scene.h"
+#include "shell/entry.h"
 #include "shell/panner.h"
 
 namespace {

@@ -12,7 +12,7 @@ struct OptionSpec {
 };
 
 struct ParsedOption {
-    std::string name;   // as in the spec
+    std::string name;   // with the dashes, as in its OptionSpec
     std::string value;  // empty for a flag
 };
 

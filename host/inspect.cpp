@@ -9,7 +9,6 @@
 #include "host/args.h"
 #include "host/safe_output.h"
 #include "host/session.h"
-#include "shell/panner.h"
 #include "shell/state_chunk.h"
 
 namespace {
@@ -47,30 +46,31 @@ bool openWithState(PluginSession* s, const OpenOptions& o, std::string* error) {
 }
 
 void printChunk(const std::vector<unsigned char>& chunk) {
-    // The core library reads the block into a scratch instance; the plugin binary plays no part.
-    SurroundPanner* p = createPanner();
-    if (!p) return;
-    loadState(p, chunk.data(), int32_t(chunk.size()));
+    // The core library reads the block as plain data; the plugin binary plays no part.
+    StateChunk state;
+    stateChunkInit(&state);
+    readStateChunk(chunk.data(), int32_t(chunk.size()), &state.head, &state.inputs, &state.speakers);
+    const StateHead& h = state.head;
     std::printf("version %d, %zu bytes\n", stateChunkShape(chunk.data(), int32_t(chunk.size())).version, chunk.size());
-    std::printf("layout id %d, family %d, channel options 0x%X, ui flags 0x%X\n", p->layoutId, p->layoutFamily,
-                p->channelOptions, p->uiFlags);
-    std::printf("center %% %.4f, side %% %.4f, pan law %.2f dB, Z shape %d\n", p->centerPercent, p->sidePercent,
-                p->panLawDb, p->zShape);
-    std::printf("%d inputs:\n", inputCount(p));
-    for (int i = 0; i < inputCount(p); i++) {
-        const PanInput& in = inputRecords(p)[i];
+    std::printf("layout id %d, family %d, channel options 0x%X, ui flags 0x%X\n", h.layoutId, h.layoutFamily,
+                h.channelOptions, h.uiFlags);
+    std::printf("center %% %.4f, side %% %.4f, pan law %.2f dB, Z shape %d\n", h.centerPercent, h.sidePercent,
+                h.panLawDb, h.zShape);
+    std::printf("%d inputs:\n", state.inputs.size());
+    for (int i = 0; i < state.inputs.size(); i++) {
+        const PanInput& in = state.inputs[i];
         std::printf("  %3d %-24s x %7.4f y %7.4f z %6.4f gain %.4f lfe %.4f div %.4f delay %.4f s%s%s colour %08X\n",
                     i + 1, in.name, in.posX, in.posY, in.posZ, in.gain, in.lfeSend, in.divergence, in.delay,
                     in.mute ? " muted" : "", in.solo ? " soloed" : "", in.color);
     }
-    std::printf("%d speakers:\n", speakerCount(p));
-    for (int s = 0; s < speakerCount(p); s++) {
-        const PanSpeaker& spk = speakerRecords(p)[s];
+    std::printf("%d speakers:\n", state.speakers.size());
+    for (int s = 0; s < state.speakers.size(); s++) {
+        const PanSpeaker& spk = state.speakers[s];
         std::printf("  %3d %-24s x %7.4f y %7.4f z %6.4f gain %.4f influence %.4f%s%s%s%s\n", s + 1, spk.name,
                     spk.posX, spk.posY, spk.posZ, spk.gain, spk.influence, spk.lfe ? " LFE" : "",
                     spk.vacant ? " vacant" : "", spk.mute ? " muted" : "", spk.solo ? " soloed" : "");
     }
-    destroyPanner(p);
+    stateChunkFree(&state);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <string>
 
+#include "engine/instance.h"
 #include "engine/records.h"
 #include "host/args.h"
 #include "host/edit.h"
@@ -18,7 +19,6 @@
 #include "host/validate.h"
 #include "host/view.h"
 #include "layouts/layouts.h"
-#include "shell/panner.h"
 
 namespace {
 
@@ -198,7 +198,7 @@ int commandLayouts(int argc, char** argv) {
     std::string problem;
     if (!parseArgs(argc, argv, {}, &args, &problem)) return fail(problem);
     if (!args.positional.empty()) return fail("layouts takes no arguments");
-    SurroundPanner* p = createPanner();
+    SurroundPanner* p = instanceCreate();
     if (!p) return fail("out of memory");
     for (int i = 0; i < LAYOUT_COUNT; i++) {
         const LayoutRow& row = LAYOUT_TABLE[i];
@@ -211,7 +211,7 @@ int commandLayouts(int argc, char** argv) {
         }
         std::printf("\n");
     }
-    destroyPanner(p);
+    instanceDestroy(p);
     return 0;
 }
 

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/instance.h"
 #include "engine/records.h"
 #include "foundation/host_api.h"
 #include "host/args.h"
@@ -14,7 +15,6 @@
 #include "host/session.h"
 #include "layouts/layouts.h"
 #include "layouts/presets.h"
-#include "shell/panner.h"
 #include "shell/state_chunk.h"
 
 namespace {
@@ -137,7 +137,7 @@ int runSave(const std::string& name, const PresetOptions& o) {
     if (exists(path) && !o.force)
         return fail("a preset named '" + name + "' exists already (" + path + "); --force replaces it");
     if (!outputDiffersFromInputs(path, {{"--state", o.state}}, &problem)) return fail(problem);
-    SurroundPanner* p = createPanner();
+    SurroundPanner* p = instanceCreate();
     if (!p) return fail("out of memory");
     if (!chunk.empty()) loadState(p, chunk.data(), int32_t(chunk.size()));
     else applyLayout(p, layoutId);
@@ -146,7 +146,7 @@ int runSave(const std::string& name, const PresetOptions& o) {
     // The core library writes the preset by name: onto this run's own temporary.
     int64_t written = ok ? savePresetFile(p, out.temp.c_str()) : -1;
     int speakers = speakerCount(p);
-    destroyPanner(p);
+    instanceDestroy(p);
     std::error_code ec;
     if (ok && (written < 0 || int64_t(std::filesystem::file_size(out.temp, ec)) != written || ec)) {
         problem = path + ": cannot write";
@@ -175,18 +175,18 @@ int runLoad(const std::string& name, const PresetOptions& o, const char* default
     std::vector<unsigned char> chunk = sessionSaveState(&s);
     sessionClose(&s);
     if (chunk.empty()) return fail(plugin + ": the plugin gives no state to read the speakers from");
-    SurroundPanner* p = createPanner();
-    if (!p) return fail("out of memory");
-    loadState(p, chunk.data(), int32_t(chunk.size()));
-    int speakers = speakerCount(p);
+    StateChunk state;
+    stateChunkInit(&state);
+    readStateChunk(chunk.data(), int32_t(chunk.size()), &state.head, &state.inputs, &state.speakers);
+    int speakers = state.speakers.size();
     std::printf("loaded %d speaker%s from %s into %s\n", speakers, speakers == 1 ? "" : "s", path.c_str(),
                 plugin.c_str());
     for (int i = 0; i < speakers; i++) {
-        const PanSpeaker& r = speakerRecords(p)[i];
+        const PanSpeaker& r = state.speakers[i];
         std::printf("%3d  x %9.6f  y %9.6f  z %8.6f  gain %.6f  influence %.6f  %-6s  %s\n", i + 1, r.posX, r.posY,
                     r.posZ, r.gain, r.influence, r.lfe ? "LFE" : r.vacant ? "vacant" : "-", r.name);
     }
-    destroyPanner(p);
+    stateChunkFree(&state);
     return 0;
 }
 

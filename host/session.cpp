@@ -11,10 +11,10 @@
 #include <filesystem>
 #include <functional>
 
+#include "engine/instance.h"
 #include "engine/records.h"
 #include "layouts/layouts.h"
 #include "layouts/presets.h"
-#include "shell/panner.h"
 #include "shell/state_chunk.h"
 
 // Vendor calls of the effect's named values.
@@ -252,7 +252,7 @@ bool folderExists(const std::string& path) {
     return std::filesystem::is_directory(folder, ec);
 }
 
-// The effect's state, changed by `edit` on a scratch instance of the core library, loaded back
+// The effect's state, changed by `edit` on a bare instance of the core library, loaded back
 // into the effect as a chunk. `edit` returns "" when it did its work, else the reason.
 static bool composeState(PluginSession* s, const std::function<std::string(SurroundPanner*)>& edit,
                          std::string* error) {
@@ -261,7 +261,7 @@ static bool composeState(PluginSession* s, const std::function<std::string(Surro
         *error = "the plugin gives no state to change";
         return false;
     }
-    SurroundPanner* p = createPanner();
+    SurroundPanner* p = instanceCreate();
     if (!p) {
         *error = "out of memory";
         return false;
@@ -271,7 +271,7 @@ static bool composeState(PluginSession* s, const std::function<std::string(Surro
     void* data = nullptr;
     int32_t size = problem.empty() ? saveState(p, &data) : 0;
     std::vector<unsigned char> composed(static_cast<unsigned char*>(data), static_cast<unsigned char*>(data) + size);
-    destroyPanner(p);
+    instanceDestroy(p);
     if (composed.empty()) {
         *error = problem.empty() ? "out of memory" : problem;
         return false;
@@ -299,7 +299,7 @@ bool sessionApplyPreset(PluginSession* s, const std::string& path, std::string* 
 
 bool sessionSpeakers(PluginSession* s, int* layoutId, int* family, std::vector<SpeakerInfo>* speakers) {
     std::vector<unsigned char> chunk = sessionSaveState(s);
-    SurroundPanner* p = chunk.empty() ? nullptr : createPanner();
+    SurroundPanner* p = chunk.empty() ? nullptr : instanceCreate();
     if (!p) return false;
     loadState(p, chunk.data(), int32_t(chunk.size()));
     *layoutId = p->layoutId;
@@ -311,7 +311,7 @@ bool sessionSpeakers(PluginSession* s, int* layoutId, int* family, std::vector<S
         int slot = row && i < row->count ? row->slots[i] : -1;
         speakers->push_back(SpeakerInfo{slot, spk.lfe != 0, spk.name});
     }
-    destroyPanner(p);
+    instanceDestroy(p);
     return true;
 }
 
@@ -339,7 +339,7 @@ bool sessionPlaceInputs(PluginSession* s, const std::vector<int>& speakerOf, std
 
 std::vector<std::string> sessionInputPlaces(PluginSession* s) {
     std::vector<unsigned char> chunk = sessionSaveState(s);
-    SurroundPanner* p = chunk.empty() ? nullptr : createPanner();
+    SurroundPanner* p = chunk.empty() ? nullptr : instanceCreate();
     if (!p) return {};
     loadState(p, chunk.data(), int32_t(chunk.size()));
     std::vector<std::string> places;
@@ -360,7 +360,7 @@ std::vector<std::string> sessionInputPlaces(PluginSession* s) {
         }
         places.push_back(place);
     }
-    destroyPanner(p);
+    instanceDestroy(p);
     return places;
 }
 

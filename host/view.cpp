@@ -19,6 +19,7 @@
 #include "roomview/paint.h"
 #include "roomview/pointer.h"
 #include "roomview/scene.h"
+#include "shell/entry.h"
 #include "shell/panner.h"
 #include "shell/state_chunk.h"
 

@@ -23,6 +23,7 @@
 #include "foundation/localize.h"
 #include "layouts/layouts.h"
 #include "platform/platform.h"
+#include "platform/utf16_win32.h"
 #include "roomview/paint.h"
 #include "roomview/scene.h"
 
@@ -49,16 +50,6 @@ const int SPEAKER_FAMILIES[] = {STRIP_SPEAKER_MUTE, STRIP_SPEAKER_SOLO, STRIP_SP
 
 constexpr UINT MOVE_FLAGS = SWP_NOZORDER | SWP_NOACTIVATE;
 constexpr double SILENCE_DB = -150.0;
-
-std::wstring wide(const char* utf8) {
-    if (!utf8) return std::wstring();
-    int n = MultiByteToWideChar(CP_UTF8, 0, utf8, -1, nullptr, 0);
-    if (n <= 0) return std::wstring();
-    std::wstring out(size_t(n), L'\0');
-    MultiByteToWideChar(CP_UTF8, 0, utf8, -1, &out[0], n);
-    out.resize(size_t(n - 1));
-    return out;
-}
 
 HWND item(HWND dialog, int id) { return GetDlgItem(dialog, id); }
 

@@ -43,10 +43,13 @@ void setBit(uint64_t* mask, int i) {
     if (i < CHANNEL_MASK_BITS) mask[i >> 6] |= uint64_t(1) << (i & 63);
 }
 
-// Steps 1 to 7 under stateLock. Returns false when the tables cannot be sized: the block is silent.
+// The head, under stateLock: sizes the tables for new counts, redoes the gain rows of changed
+// speakers and dirty inputs, and copies the meter gains, the solo state, each input's delay in
+// samples and the active inputs into the block's own copy. Returns false when the tables cannot
+// be sized: the block is silent.
 bool lockedHead(SurroundPanner* p, BlockHead* h) {
     LockHold hold(&p->stateLock);
-    // 1. New counts: tables sized and zeroed, every row and the reach tables redone.
+    // New counts: tables sized and zeroed, every row and the reach tables redone.
     h->nIn = inputCount(p);
     h->nSpk = speakerCount(p);
     h->resized = false;
@@ -60,20 +63,20 @@ bool lockedHead(SurroundPanner* p, BlockHead* h) {
         p->speakersChanged = 1;
         h->resized = true;
     }
-    // 2. Speakers changed: the reach tables, and every row with them.
+    // Speakers changed: the reach tables, and every row with them.
     std::atomic_ref<uint8_t> speakersChanged(p->speakersChanged);
     if (speakersChanged.load()) {
         buildReachTables(p);
         markAllInputsDirty(p);
         speakersChanged.store(0);
     }
-    // 3. Take the dirty bits in one step each, and redo those rows.
+    // Take the dirty bits in one step each, and redo those rows.
     for (int k = 0; k < 2; k++) h->dirty[k] = std::atomic_ref<uint64_t>(p->gainsDirtyInputs[k]).exchange(0);
     h->anyDirty = (h->dirty[0] | h->dirty[1]) != 0;
     int rows = h->nIn < CHANNEL_MASK_BITS ? h->nIn : CHANNEL_MASK_BITS;
     for (int i = 0; i < rows; i++)
         if (bit(h->dirty, i)) computeInputGains(p, i);
-    // 4. The gains the input meters are scaled by.
+    // The gains the input meters are scaled by.
     const PanInput* in = inputRecords(p);
     // A strip start from a damaged state may sit near the int limit; anything that far is past
     // every channel, and held there the meter indices below cannot overflow.
@@ -84,7 +87,7 @@ bool lockedHead(SurroundPanner* p, BlockHead* h) {
         int i = h->firstInputStrip + k;
         h->meterGains[k] = (i >= 0 && i < h->nIn) ? sharedLoad(in[i].gain) : 1.0;
     }
-    // 5 to 7. Solo state, each input's delay in samples, and who is active.
+    // Solo state, each input's delay in samples, and who is active.
     bool inputsSoloed = anyInputSolo(p), speakersSoloed = anySpeakerSolo(p);
     h->sampleRate = sharedLoad(p->sampleRate);
     int32_t* delays = growItems<int32_t>(p->inputDelays);
@@ -101,7 +104,9 @@ bool lockedHead(SurroundPanner* p, BlockHead* h) {
     return true;
 }
 
-// Steps 1 to 7 of an input: feed its line and read its delayed tap into `in`, in place.
+// One input through its delay line, in place: the line is made or lengthened as needed, `in`
+// goes in and the tap at the delay comes back into `in`, crossfaded from the old tap when the
+// delay changed.
 void delayInput(SurroundPanner* p, int i, double* in, int n, int delaySamples, double sampleRate) {
     DelayLine** lines = growItems<DelayLine*>(p->delayLines);
     int lineCount = growCount<DelayLine*>(p->delayLines);

@@ -6,12 +6,13 @@
 
 #include <cstdint>
 
+#include "engine/parameter_table.h"
 #include "vst/aeffect.h"
 
 struct SurroundPanner;
 
 // Longest input delay, in seconds.
-constexpr double DELAY_MAX_SECONDS = 0.04;
+constexpr double DELAY_MAX_SECONDS = PARAMETER_DELAY_MAX_SECONDS;
 // Meters halve every this many milliseconds and stop below the floor.
 constexpr double METER_HALF_LIFE_MS = 75.0;
 constexpr double METER_FLOOR = 1e-8;

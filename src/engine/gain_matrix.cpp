@@ -73,30 +73,31 @@ double setRow(const PanSpeaker* spk, int n, int set, const double point[3], doub
     return sum;
 }
 
-// Steps 1 to 7 of the row; the caller has checked the row and the scratch.
+// One input's gain row, from a clean row to the gains of each speaker; the caller has checked
+// the row and the scratch.
 void fillInputGains(SurroundPanner* p, int input, double* row, int n) {
     const PanInput& in = inputRecords(p)[input];
     const PanSpeaker* spk = speakerRecords(p);
     double* g = growItems<double>(p->gainRowScratch);
 
-    // 1, 2. A clean row; the LFE speakers get the input's LFE send and nothing else.
+    // A clean row; the LFE speakers get the input's LFE send and nothing else.
     const double lfeSend = sharedLoad(in.lfeSend);
     for (int s = 0; s < n; s++) row[s] = isPanningSpeaker(spk[s]) || spk[s].vacant ? 0.0 : lfeSend * sharedLoad(spk[s].gain);
-    // 3. The input that is the LFE channel feeds the LFE speakers only.
+    // The input that is the LFE channel feeds the LFE speakers only.
     if ((sharedLoad(p->channelOptions) & CHANNEL_OPTION_LFE_INPUT) && input == 3) return;
 
-    // 4. The point, bent like the speakers when they were bent onto the grid.
+    // The point, bent like the speakers when they were bent onto the grid.
     double point[3] = {sharedLoad(in.posX), sharedLoad(in.posY), sharedLoad(in.posZ)};
     if (p->warpActive && polarFromXY(point[0], point[1], point[2]).radius != 0.0)
         warpPoint(p, point[0], point[1], point[2], nullptr, &point[0], &point[1]);
 
-    // 5. Blend weights of the four sets; they sum to 1.
+    // Blend weights of the four sets; they sum to 1.
     double c = (p->speakerFlagsUnion & SPK_CENTERGROUP) ? sharedLoad(p->centerPercent) : 1.0;
     double d = (p->speakerFlagsUnion & SPK_SIDEGROUP) ? sharedLoad(p->sidePercent) : 1.0;
     double hi = std::fmax(c, d);
     const double weights[SPEAKER_SET_COUNT] = {std::fmin(c, d), hi - c, hi - d, 1.0 - hi};
 
-    // 6. Each set's box gains, widened by divergence at the same total amplitude.
+    // Each set's box gains, widened by divergence at the same total amplitude.
     const double lawDb = sharedLoad(p->panLawDb), divergence = sharedLoad(in.divergence);
     for (int set = 0; set < SPEAKER_SET_COUNT; set++) {
         double w = weights[set];
@@ -110,7 +111,7 @@ void fillInputGains(SurroundPanner* p, int input, double* row, int n) {
         for (int s = 0; s < n; s++) row[s] += w * g[s];
     }
 
-    // 7. The input's and each speaker's own gain.
+    // The input's and each speaker's own gain.
     const double gain = sharedLoad(in.gain);
     for (int s = 0; s < n; s++)
         if (isPanningSpeaker(spk[s])) row[s] = gain * sharedLoad(spk[s].gain) * row[s];

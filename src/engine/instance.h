@@ -12,6 +12,9 @@
 #include "vst/aeffect.h"
 
 struct MIRQ_IBitmap;
+struct PanInput;
+struct PanSpeaker;
+struct GestureEntry;
 
 // uiFlags: bits 8..11 hold the view mode; the option bits follow.
 constexpr uint32_t UI_VIEW_MODE_SHIFT = 8;
@@ -29,6 +32,20 @@ enum : uint32_t {
 // the channel and kind the value row shows.
 enum { SELECTION_FOCUS = 0, SELECTION_VALUE_INPUT = 1, SELECTION_VALUE_SPEAKER = 2, SELECTION_VALUE_KIND = 3 };
 constexpr int32_t SELECT_SPEAKER = 0x100;
+
+// dragState: the pointer gesture of the room view, field by field, and its idle values.
+enum {
+    DRAG_PANE = 0,         // pane of the gesture, -1 when none
+    DRAG_INPUT = 1,        // input under the pointer while a drag of inputs runs, else -1
+    DRAG_SPEAKER = 2,      // speaker being dragged, else -1
+    DRAG_MARQUEE = 3,      // DRAG_MARQUEE_*
+    DRAG_ORBIT = 4,        // bit 0: the pointer's x turns the camera, bit 1: its y tilts it
+    DRAG_LOCKED_AXIS = 5,  // axis of a one-axis drag: 0 X, 1 Y, 2 Z; -1 when free
+    DRAG_FIELD_COUNT = 6,
+};
+enum { DRAG_MARQUEE_NONE = 0, DRAG_MARQUEE_WINDOW = 1, DRAG_MARQUEE_SMALL_VIEW = 2 };
+constexpr int32_t DRAG_PANE_SMALL_VIEW = 4;  // the room view inside the host's window
+constexpr int32_t DRAG_IDLE[DRAG_FIELD_COUNT] = {-1, -1, -1, DRAG_MARQUEE_NONE, 0, -1};
 
 // channelOptions bit 0: the input at index 3 is the LFE channel.
 constexpr uint32_t CHANNEL_OPTION_LFE_INPUT = 1;
@@ -61,6 +78,8 @@ constexpr int32_t PANNER_VERSION = 1100;
 constexpr int32_t PANNER_FLAGS =
     effFlagsHasEditor | effFlagsCanReplacing | effFlagsProgramChunks | effFlagsCanDoubleReplacing;
 constexpr int METER_COUNT = 32;
+// The pan law when the ini file names none, in dB.
+constexpr double PAN_LAW_DEFAULT_DB = -3.0;
 
 struct SurroundPanner {
     // Host face: the editor's window, the AEffect the host holds, the lock of the records
@@ -89,8 +108,8 @@ struct SurroundPanner {
     uint8_t stateLoaded;
     uint8_t layoutChosenOnce;
     // Inputs and speakers
-    GrowBuffer inputs;    // PanInput
-    GrowBuffer speakers;  // PanSpeaker
+    GrowArray<PanInput> inputs;
+    GrowArray<PanSpeaker> speakers;
     uint32_t speakerFlagsUnion;
     int32_t warpActive;
     int32_t audioInputs;
@@ -108,7 +127,7 @@ struct SurroundPanner {
     int32_t zShape;
     int32_t selectionState[4];
     // Gestures open at the host
-    GrowBuffer openGestures;
+    GrowArray<GestureEntry> openGestures;  // sorted by the host's order of ending them
     // Meters and the global mix controls
     double meterPeaks[METER_COUNT];
     double centerPercent;
@@ -123,7 +142,7 @@ struct SurroundPanner {
     int32_t dpiScale;
     uint8_t viewBusy;
     int32_t dialogMetrics[5];
-    int32_t dragState[6];
+    int32_t dragState[DRAG_FIELD_COUNT];
     int32_t marqueeRect[4];
     int32_t lastPointer[2];  // client pixels of the last pointer message of a gesture
     int32_t grabOffset[2];   // screen place of the grabbed channel minus the pointer at the grab
@@ -149,3 +168,17 @@ inline SurroundPanner* pannerFromEffect(AEffect* effect) {
 // [any thread] Marks inputs for a gain recompute; bits beyond 127 are dropped.
 void markInputDirty(SurroundPanner* p, int input);
 void markAllInputsDirty(SurroundPanner* p);
+
+// [window thread] The growable members in order of construction, written to list (room for
+// INSTANCE_CONTAINER_COUNT); returns their count. Destruction frees them in reverse.
+constexpr int INSTANCE_CONTAINER_COUNT = 15;
+int instanceContainers(SurroundPanner* p, GrowBuffer** list);
+
+// [any thread] A bare instance: zero-filled, its lock and containers ready, the fields with
+// non-zero defaults set, no records, no AEffect functions. The plugin's construction builds on
+// it; tools hold one to change a state with the core library. Returns null when the allocation
+// fails.
+SurroundPanner* instanceCreate();
+// [any thread] Frees the containers, the lock and the object; null does nothing. Delay lines
+// are the audio block's (releaseDelayLines) and must be released first.
+void instanceDestroy(SurroundPanner* p);

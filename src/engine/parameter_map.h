@@ -1,22 +1,16 @@
-// The host's flat list of automation parameters over the records: the index map, the range and
-// text format of each parameter, the scaling both ways, and the one road by which a change made
+// The host's flat list of automation parameters over the records: what an index stands for, the
+// normalised value of each from the records (ranges and scaling are the parameter table's), and
+// the one road by which a change made
 // in the effect reaches the host, inside a gesture. Used by the parameter entries, the position
 // model, the dialog and the view.
 #pragma once
 
 #include <cstdint>
 
+#include "engine/parameter_table.h"
 #include "vst/aeffect.h"
 
 struct SurroundPanner;
-
-enum { PARAMS_GLOBAL = 6, PARAMS_PER_INPUT = 9, PARAMS_PER_SPEAKER = 3 };
-enum { POWNER_NONE = -1, POWNER_GLOBAL = 0, POWNER_INPUT = 1, POWNER_SPEAKER = 2 };
-
-// Parameter numbers of each owner.
-enum { PG_CENTER = 0, PG_SIDE = 1, PG_ZSHAPE = 2, PG_SCENE_X = 3, PG_SCENE_Y = 4, PG_SCENE_Z = 5 };
-enum { PI_GAIN = 0, PI_X = 1, PI_Y = 2, PI_Z = 3, PI_LFE = 4, PI_DIVERGENCE = 5, PI_DELAY = 6, PI_MUTE = 7, PI_SOLO = 8 };
-enum { PS_GAIN = 0, PS_MUTE = 1, PS_SOLO = 2 };
 
 // What an index stands for with the present counts; owner POWNER_NONE when nothing.
 struct ParameterRef {
@@ -25,26 +19,13 @@ struct ParameterRef {
     int number;
 };
 
-// One row of the parameter table; a parameter without a row has range 0..1 and no format.
-struct ParameterRange {
-    int owner;
-    int number;
-    const char* name;
-    double min;
-    double max;
-    int format;
-};
-extern const ParameterRange PARAMETER_RANGES[];
-extern const int PARAMETER_RANGE_COUNT;
-
-// [any thread] The row of (owner, number), or null.
-const ParameterRange* findParameterRange(int owner, int number);
-
 // [any thread] Decodes an index against numParams and the present counts: an index outside the
 // list, or one that names a channel past the last, gives owner POWNER_NONE.
 ParameterRef decodeParameter(const SurroundPanner* p, int32_t index);
 
-// [any thread] The normalised value of a parameter from the records, not clamped.
+// [any thread] The plain value of a parameter in its record, and its normalised value, not
+// clamped.
+double parameterPlainValue(const SurroundPanner* p, ParameterRef r);
 double parameterValue(const SurroundPanner* p, ParameterRef r);
 
 // [any thread] The host's value of index: clamped to 0..1; 0 for a null object, an index outside

@@ -183,7 +183,7 @@ void finishEdit(SurroundPanner* p, bool updateScene) {
     int32_t focus = p->selectionState[SELECTION_FOCUS];
     for (int i = 0; i < inputCount(p); i++) {
         PanInput& in = inputRecords(p)[i];
-        // 1. Into the room; 2. onto the circle of the circular layouts; 3. the Z shape.
+        // Into the room; onto the circle of the circular layouts; the Z shape.
         double x = clamp(in.workX, -1.0, 1.0), y = clamp(in.workY, -1.0, 1.0), z = clamp(in.workZ, 0.0, 1.0);
         if (p->layoutFamily == 2 && x * x + y * y > 1.0) {
             double r = std::sqrt(x * x + y * y);
@@ -191,7 +191,7 @@ void finishEdit(SurroundPanner* p, bool updateScene) {
             y /= r;
         }
         if (p->zShape != ZSHAPE_NONE) z = zFromShape(p->zShape, x, y);
-        // 4. Store what changed, and note it.
+        // Store what changed, and note it.
         double* stored[3] = {&in.posX, &in.posY, &in.posZ};
         const double now[3] = {x, y, z};
         bool changed = false;
@@ -204,7 +204,7 @@ void finishEdit(SurroundPanner* p, bool updateScene) {
         if (changed && firstChanged < 0) firstChanged = i;
         if (changed && i == focus) focusChanged = true;
     }
-    // 5. The focus follows the first input that moved, unless the focused one moved too.
+    // The focus follows the first input that moved, unless the focused one moved too.
     if (firstChanged >= 0 && !focusChanged) p->selectionState[SELECTION_FOCUS] = firstChanged;
     if (updateScene) recomputeScene(p);
     int last = inputCount(p) < CHANNEL_MASK_BITS ? inputCount(p) : CHANNEL_MASK_BITS;

@@ -18,10 +18,10 @@ const uint32_t INPUT_COLOURS[8] = {
     0xFF909090,
 };
 
-int inputCount(const SurroundPanner* p) { return growCount<PanInput>(p->inputs); }
-int speakerCount(const SurroundPanner* p) { return growCount<PanSpeaker>(p->speakers); }
-PanInput* inputRecords(const SurroundPanner* p) { return growItems<PanInput>(p->inputs); }
-PanSpeaker* speakerRecords(const SurroundPanner* p) { return growItems<PanSpeaker>(p->speakers); }
+int inputCount(const SurroundPanner* p) { return p->inputs.size(); }
+int speakerCount(const SurroundPanner* p) { return p->speakers.size(); }
+PanInput* inputRecords(const SurroundPanner* p) { return p->inputs.data(); }
+PanSpeaker* speakerRecords(const SurroundPanner* p) { return p->speakers.data(); }
 
 void setRecordName(char (&name)[64], const char* text) {
     std::snprintf(name, sizeof name, "%s", text ? text : "");

@@ -26,7 +26,7 @@ struct PanInput {
     double lfeSend;
     double posX, posY, posZ;
     double divergence;
-    double delay;  // seconds, 0 .. 0.04
+    double delay;  // seconds, 0 .. PARAMETER_DELAY_MAX_SECONDS
     double editStartX, editStartY, editStartZ;
     double workX, workY, workZ;
     double workOverflow;

@@ -28,7 +28,7 @@ void addToMask(uint64_t* mask, int index) {
 
 uint32_t sideBits(double v, uint32_t negative, uint32_t positive) { return v >= 0 ? positive : negative; }
 
-// Step 2 of the classification: which walls or middle lines a speaker stands on.
+// Which walls or middle lines a speaker stands on.
 uint32_t wallBitsOf(const PanSpeaker* spk, int n, int i) {
     double x = spk[i].posX, y = spk[i].posY, ax = std::fabs(x), ay = std::fabs(y);
     uint32_t leftRight = sideBits(x, SPK_LEFT, SPK_RIGHT), frontRear = sideBits(y, SPK_REAR, SPK_FRONT);
@@ -45,7 +45,7 @@ uint32_t wallBitsOf(const PanSpeaker* spk, int n, int i) {
     return leftRight | frontRear;
 }
 
-// Step 3: every wall bit borne out, and the layer too.
+// Exactness: every wall bit borne out, and the layer too.
 bool isExact(const PanSpeaker& s, uint32_t f) {
     if ((f & SPK_LEFT) && !(s.posX < -1.0 + EXACT_SLACK)) return false;
     if ((f & SPK_RIGHT) && !(s.posX > 1.0 - EXACT_SLACK)) return false;
@@ -57,16 +57,16 @@ bool isExact(const PanSpeaker& s, uint32_t f) {
 }
 
 void classify(SurroundPanner* p, PanSpeaker* spk, int n) {
-    // 1. The upper layer, for every speaker before any wall is decided.
+    // The upper layer, for every speaker before any wall is decided.
     for (int i = 0; i < n; i++)
         if (isPanningSpeaker(spk[i]) && spk[i].posZ >= LAYER_SPLIT) spk[i].flags = SPK_HIGH;
-    // 2. Walls and middle lines, 3. exactness.
+    // Walls and middle lines, then exactness.
     for (int i = 0; i < n; i++) {
         if (!isPanningSpeaker(spk[i])) continue;
         spk[i].flags |= wallBitsOf(spk, n, i);
         if (isExact(spk[i], spk[i].flags)) spk[i].flags |= SPK_EXACT;
     }
-    // 4. Groups: a middle-line speaker in a layer that also holds another kind.
+    // Groups: a middle-line speaker in a layer that also holds another kind.
     for (int s = 0; s < n; s++) {
         uint32_t ks = spk[s].flags & MIDDLE_BITS;
         if (!ks || !isPanningSpeaker(spk[s])) continue;
@@ -77,7 +77,7 @@ void classify(SurroundPanner* p, PanSpeaker* spk, int n) {
             if (kt != ks) spk[s].flags |= (spk[s].flags & SPK_XCENTER) ? SPK_CENTERGROUP : SPK_SIDEGROUP;
         }
     }
-    // 5. The union, and the polar cache.
+    // The union, and the polar cache.
     p->speakerFlagsUnion = 0;
     for (int i = 0; i < n; i++) {
         p->speakerFlagsUnion |= spk[i].flags;
@@ -97,13 +97,13 @@ void assignGrid(SurroundPanner* p, PanSpeaker* spk, int n) {
         spk[i].warpY = spk[i].posY;
         spk[i].warpZ = spk[i].posZ;
     }
-    // 1. Exact speakers keep their place and hold their key.
+    // Exact speakers keep their place and hold their key.
     for (int i = 0; i < n; i++) {
         if (!isPanningSpeaker(spk[i]) || !(spk[i].flags & SPK_EXACT)) continue;
         used[spk[i].flags & SPK_GRIDKEY] = true;
         addToMask(placed, i);
     }
-    // 2. The first speaker of each free key takes the grid point its bits name.
+    // The first speaker of each free key takes the grid point its bits name.
     for (int i = 0; i < n; i++) {
         uint32_t f = spk[i].flags, key = f & SPK_GRIDKEY;
         if (!isPanningSpeaker(spk[i]) || used[key]) continue;
@@ -118,7 +118,7 @@ void assignGrid(SurroundPanner* p, PanSpeaker* spk, int n) {
         addToMask(placed, i);
         warped = true;
     }
-    // 3. The rest share a grid point: bent between their placed neighbours by angle.
+    // The rest share a grid point: bent between their placed neighbours by angle.
     for (int i = 0; i < n; i++) {
         if (!isPanningSpeaker(spk[i]) || inMask(placed, i)) continue;
         if (spk[i].radius != 0.0) {
@@ -154,7 +154,7 @@ void warpPoint(const SurroundPanner* p, double x, double y, double z, const uint
     const PanSpeaker* spk = speakerRecords(p);
     int a = -1, b = -1;
     double bestF = 0.0, bestB = 0.0;
-    // 1, 2. The nearest candidate of the layer going forward by angle, and going backward.
+    // The nearest candidate of the layer going forward by angle, and going backward.
     for (int t = 0; t < n; t++) {
         const PanSpeaker& c = spk[t];
         if (!isPanningSpeaker(c) || c.radius == 0.0 || ((c.flags & SPK_HIGH) != 0) != high) continue;
@@ -165,15 +165,15 @@ void warpPoint(const SurroundPanner* p, double x, double y, double z, const uint
         if (a < 0 || f < bestF) a = t, bestF = f;
         if (b < 0 || back < bestB) b = t, bestB = back;
     }
-    // 3. No neighbour: the point stays.
+    // No neighbour: the point stays.
     if (a < 0) return;
-    // 4. Weights by angle.
+    // Weights by angle.
     double wA = 1.0, wB = 0.0;
     if (bestF != 0.0 && bestB != 0.0) {
         wA = bestB / (bestF + bestB);
         wB = bestF / (bestF + bestB);
     }
-    // 5. Distance ratios: by radius on the circle, by the square's distance otherwise.
+    // Distance ratios: by radius on the circle, by the square's distance otherwise.
     const PanSpeaker& A = spk[a];
     const PanSpeaker& B = spk[b];
     double kA, kB;
@@ -185,7 +185,7 @@ void warpPoint(const SurroundPanner* p, double x, double y, double z, const uint
         kA = m / std::fmax(std::fabs(A.posX), std::fabs(A.posY));
         kB = m / std::fmax(std::fabs(B.posX), std::fabs(B.posY));
     }
-    // 6. The neighbours' offsets, weighted, clamped to the room.
+    // The neighbours' offsets, weighted, clamped to the room.
     double nx = x + (A.warpX - A.posX) * kA * wA + (B.warpX - B.posX) * kB * wB;
     double ny = y + (A.warpY - A.posY) * kA * wA + (B.warpY - B.posY) * kB * wB;
     *outX = std::fmin(1.0, std::fmax(-1.0, nx));

@@ -164,22 +164,22 @@ int bufferedWriterWrite(BufferedFileWriter* w, const void* data, int size) {
 void bufferedWriterClose(BufferedFileWriter* w) {
     if (!w) return;
     if (w->asyncMode && w->handle != FILE_HANDLE_NONE) {
-        // 1. The part-filled buffer goes out with exactly its bytes.
+        // The part-filled buffer goes out with exactly its bytes.
         WriteBuffer* last = listFirst(w->emptyBuffers);
         if (submit(w, last, true)) listTakeFirst(&w->emptyBuffers);
-        // 2. Every write in flight is waited for; aborted ones go again.
+        // Every write in flight is waited for; aborted ones go again.
         while (WriteBuffer* oldest = listTakeFirst(&w->pendingBuffers)) {
             if (w->calls->result(w->handle, &oldest->request, true) == FILE_IO_ABORTED && submit(w, oldest, false))
                 continue;
             retire(w, oldest);
         }
     }
-    // 3. All buffers go, last first.
+    // All buffers go, last first.
     for (GrowBuffer* list : {&w->pendingBuffers, &w->emptyBuffers}) {
         for (int i = listCount(*list) - 1; i >= 0; i--) deleteWriteBuffer(growItems<WriteBuffer*>(*list)[i]);
         growBufferFree(list);
     }
-    // 4. The file.
+    // The file.
     fileClose(w->handle);
     w->handle = FILE_HANDLE_NONE;
 }

@@ -28,6 +28,23 @@ void* growBufferResize(GrowBuffer* buffer, size_t size);
 // [any thread] Appends bytes at the used end. Returns false, with nothing appended, on failure.
 bool growBufferAppend(GrowBuffer* buffer, const void* bytes, size_t count);
 
+// A typed view of a GrowBuffer, its only member, so that the buffer's layout stays that of the
+// owning record. Zero-filled and initialised like the buffer itself (growBufferInit(&a.bytes)).
+template <class T>
+struct GrowArray {
+    GrowBuffer bytes;
+
+    int size() const { return int(bytes.used / sizeof(T)); }
+    T* data() const { return static_cast<T*>(bytes.data); }
+    T& operator[](int i) const { return data()[i]; }
+    // [any thread] Sets the element count, keeping the elements below it; false, with the array
+    // unchanged, when the storage cannot grow.
+    bool resize(int count) { return growBufferResize(&bytes, size_t(count) * sizeof(T)) != nullptr; }
+};
+
+static_assert(sizeof(GrowArray<double>) == sizeof(GrowBuffer), "a GrowArray is laid out as its buffer");
+
+// Untyped buffers: the elements' type is the caller's.
 template <class T>
 inline T* growItems(const GrowBuffer& buffer) {
     return static_cast<T*>(buffer.data);

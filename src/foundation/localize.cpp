@@ -55,25 +55,25 @@ int findEntry(const TranslationCache& c, const char* text, const char* section, 
 }  // namespace
 
 const char* localize(const char* text, const char* section, int flags) {
-    // 1. Without the host's function there is nothing to translate.
+    // Without the host's function there is nothing to translate.
     if (!text || !hostApi.__localizeFunc) return text;
     TranslationCache& c = cache();
     bool transient = flags & LOCALIZE_TRANSIENT;
-    // 3. A cached answer.
+    // A cached answer.
     if (!transient) {
         LockHold hold(&c.lock);
         bool found;
         int at = findEntry(c, text, section, &found);
         if (found && growItems<CacheEntry>(c.entries)[at].result) return growItems<CacheEntry>(c.entries)[at].result;
     }
-    // 4. The host, outside the lock.
+    // The host, outside the lock.
     const char* answer = hostApi.__localizeFunc(text, section, flags | LOCALIZE_TRANSIENT);
     if (!answer) answer = text;
-    // 5. Transient texts, and a host without a language pack, leave the cache alone.
+    // Transient texts, and a host without a language pack, leave the cache alone.
     if (transient) return answer;
     LockHold hold(&c.lock);
     if (answer == text && growCount<CacheEntry>(c.entries) == 0) return answer;
-    // 6. Stored in place, or updated if another thread came first.
+    // Stored in place, or updated if another thread came first.
     bool found;
     int at = findEntry(c, text, section, &found);
     if (found) {

@@ -97,7 +97,7 @@ void placeInputsByRule(SurroundPanner* p, int which) {
     int s = inputs == 1 ? 2 : 0;
     bool passOver = false;  // input 3 keeps its place when it is the LFE channel but no LFE speaker is next
     for (int i = 0; i < inputs; i++) {
-        // 1. This input onto speaker s, or into a row at the front when the speakers ran out.
+        // This input onto speaker s, or into a row at the front when the speakers ran out.
         if ((which < 0 || which == i) && !passOver) {
             PanInput& in = inputRecords(p)[i];
             if (s < speakers) {
@@ -112,7 +112,7 @@ void placeInputsByRule(SurroundPanner* p, int which) {
             }
         }
         if (which == i) return;
-        // 2. The next input decides the next speaker.
+        // The next input decides the next speaker.
         int prev = s;
         s = passOver ? prev : prev + 1;
         passOver = false;
@@ -176,15 +176,15 @@ int layoutForChannelCount(int channels) {
 
 int applyLayout(SurroundPanner* p, int id) {
     LockHold hold(&p->stateLock);
-    // 1. The row; 2. the array, as long as it can be.
+    // The row; the array, as long as it can be.
     int family = 0, count = 0;
     id = lookupLayout(id, &family, &count);
     const LayoutRow* row = layoutRow(id);
-    if (!growBufferResize(&p->speakers, size_t(count) * sizeof(PanSpeaker))) count = speakerCount(p);
+    if (!p->speakers.resize(count)) count = speakerCount(p);
     p->layoutId = id;
     p->layoutFamily = family;
     p->firstSpeakerStrip = 0;
-    // 3. Fresh records at the slots; speaker 3 is the LFE speaker except in family 1.
+    // Fresh records at the slots; speaker 3 is the LFE speaker except in family 1.
     PanSpeaker* spk = speakerRecords(p);
     for (int s = 0; s < count; s++) {
         int slot = row->slots[s];
@@ -196,7 +196,7 @@ int applyLayout(SurroundPanner* p, int id) {
         Point3 at = slotPosition(slot, family);
         newSpeakerRecord(&spk[s], at.x, at.y, at.z, s == 3 && family != 1);
     }
-    // 4. The ITU surrounds. (The rear-first order of "7.1 surround" is already in its slots:
+    // The ITU surrounds. (The rear-first order of "7.1 surround" is already in its slots:
     // speakers 4 and 5 take the rear slots, 6 and 7 the side ones, the SMPTE pairs exchanged.)
     if (id == LAYOUT_ITU_51)
         for (int s = 4; s <= 5 && s < count; s++) {
@@ -205,7 +205,7 @@ int applyLayout(SurroundPanner* p, int id) {
             spk[s].posX = q.x;
             spk[s].posY = q.y;
         }
-    // 5. Analysis and names; the audio block rebuilds its tables.
+    // Analysis and names; the audio block rebuilds its tables.
     analyzeSpeakers(p);
     nameSpeakers(p, 0, count);
     p->audioSpeakers = -1;
@@ -214,13 +214,13 @@ int applyLayout(SurroundPanner* p, int id) {
 
 int setSpeakerCount(SurroundPanner* p, int count) {
     LockHold hold(&p->stateLock);
-    // 1. At most 32; the survivors stay as they are and the setup becomes custom.
+    // At most 32; the survivors stay as they are and the setup becomes custom.
     if (count > SPEAKER_COUNT_MAX) count = SPEAKER_COUNT_MAX;
     if (count < 0) count = 0;
     int old = speakerCount(p);
-    if (!growBufferResize(&p->speakers, size_t(count) * sizeof(PanSpeaker))) count = old;
+    if (!p->speakers.resize(count)) count = old;
     p->layoutId = LAYOUT_CUSTOM;
-    // 2. New speakers take the next free slots of the family.
+    // New speakers take the next free slots of the family.
     PanSpeaker* spk = speakerRecords(p);
     int cursor = old;
     for (int i = old; i < count; i++) {
@@ -235,7 +235,7 @@ int setSpeakerCount(SurroundPanner* p, int count) {
         }
         newSpeakerRecord(&spk[i], at.x, at.y, at.z, i == 3);
     }
-    // 3, 4. Strips, analysis, the new speakers' names.
+    // Strips, analysis, the new speakers' names.
     if (count - 12 < p->firstSpeakerStrip) p->firstSpeakerStrip = 0;
     analyzeSpeakers(p);
     nameSpeakers(p, old, count);
@@ -246,19 +246,19 @@ int setSpeakerCount(SurroundPanner* p, int count) {
 bool setInputCount(SurroundPanner* p, int count) {
     if (count < 0) return false;
     LockHold hold(&p->stateLock);
-    // 1. A new count starts without a selection.
+    // A new count starts without a selection.
     p->uiFlags &= ~FLAG_LOCK_INPUTS;
     for (int i = 0; i < inputCount(p); i++) inputRecords(p)[i].selected = 0;
     recomputeScene(p);
-    // 2, 3. The array; new inputs get their records, then their working places.
+    // The array; new inputs get their records, then their working places.
     int old = inputCount(p);
-    if (!growBufferResize(&p->inputs, size_t(count) * sizeof(PanInput))) return false;
+    if (!p->inputs.resize(count)) return false;
     for (int i = old; i < count; i++) newInputRecord(&inputRecords(p)[i], i);
     if (count > old) {
         beginEdit(p);
         for (int i = old; i < count; i++) placeInputsByRule(p, i);
     }
-    // 4. The audio block rebuilds; the strips stay in range.
+    // The audio block rebuilds; the strips stay in range.
     p->audioInputs = -1;
     if (count - 12 < p->firstInputStrip) p->firstInputStrip = 0;
     return true;

@@ -25,11 +25,11 @@ struct Phrase {
 
 void buildName(const SurroundPanner* p, const PanSpeaker& s, Phrase* ph) {
     uint32_t f = s.flags;
-    // 3. Across.
+    // Across.
     if (f & SPK_LEFT) ph->add("left");
     else if (f & SPK_XCENTER) ph->add("center");
     else if (f & SPK_RIGHT) ph->add("right");
-    // 4. Depth: "surround" when the room has only one kind of back or side speaker.
+    // Depth: "surround" when the room has only one kind of back or side speaker.
     uint32_t all = p->speakerFlagsUnion;
     if (!(f & (SPK_REAR | SPK_YMID))) {
         if (f & SPK_FRONT) ph->add("front");
@@ -39,7 +39,7 @@ void buildName(const SurroundPanner* p, const PanSpeaker& s, Phrase* ph) {
     } else {
         ph->add("surround");
     }
-    // 5. Height.
+    // Height.
     if (f & SPK_HIGH) ph->add((f & SPK_GRIDKEY & ~SPK_HIGH) ? "height" : "overhead");
 }
 
@@ -56,14 +56,14 @@ void nameSpeakers(SurroundPanner* p, int first, int last) {
         } else if (!s.vacant) {
             Phrase ph;
             buildName(p, s, &ph);
-            // 6. A translation of the whole phrase wins over the words one by one.
+            // A translation of the whole phrase wins over the words one by one.
             if (!ph.plain.empty()) {
                 const char* whole = localize(ph.plain.c_str(), NAME_SECTION, 2);
                 if (whole && *whole && ph.plain != whole) ph.translated = whole;
             }
             name = ph.translated.empty() ? localize("free", NAME_SECTION, 0) : ph.translated;
         }
-        // 7. Cut to fit, terminated.
+        // Cut to fit, terminated.
         setRecordName(s.name, name.c_str());
     }
 }

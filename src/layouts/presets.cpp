@@ -178,7 +178,7 @@ bool loadPresetFile(SurroundPanner* p, const char* path) {
     // The host learns the new counts at its next idle call, told against the counts noted here.
     p->pendingChannelChange = uint32_t(inputCount(p)) | uint32_t(speakerCount(p)) << 8;
     LockHold hold(&p->stateLock);
-    if (!growBufferResize(&p->speakers, size_t(count) * sizeof(PanSpeaker))) return false;
+    if (!p->speakers.resize(count)) return false;
     std::memcpy(speakerRecords(p), read, size_t(count) * sizeof(PanSpeaker));
     p->layoutId = LAYOUT_CUSTOM;
     p->firstSpeakerStrip = 0;

@@ -1,6 +1,5 @@
 // The few operating-system calls the effect needs below its user interface: a recursive lock,
-// the millisecond tick, ini-file profile access, the module handle, the view's window class and
-// the system font handles that the host's font objects draw with.
+// the millisecond tick, ini-file profile access, the module handle and the system font handles that the host's font objects draw with.
 // Win32 in Windows builds, POSIX on Linux, with the same behaviour; called from every subsystem.
 #pragma once
 
@@ -50,14 +49,6 @@ bool iniWriteString(const char* path, const char* section, const char* key, cons
 // [any thread] The module handle of this library (set by the library attach hook on Windows).
 void* moduleHandle();
 void setModuleHandle(void* handle);
-
-// [window thread] The view's window class. Registration takes a window procedure, or null for
-// one that only defers to the system's default handling. On a platform without windows the
-// registration is remembered by name and nothing else happens.
-bool windowClassRegister(const char* name, void* windowProc);
-bool windowClassUnregister(const char* name);
-// [any thread] Whether a class of that name is registered by this module now.
-bool windowClassRegistered(const char* name);
 
 // A font as the system's font calls describe it: the fields of a Win32 LOGFONT in its order,
 // with the face name in UTF-8. A height above 0 is the cell height in pixels (ascent plus

@@ -1,6 +1,5 @@
 // POSIX side of the platform calls: pthread locks, the monotonic clock, ini files read and
-// rewritten as text, a name list standing in for the system's window classes, and font handles
-// that carry their description.
+// rewritten as text, and font handles that carry their description.
 #include "platform/ini_text.h"
 #include "platform/platform.h"
 
@@ -10,8 +9,6 @@
 #include <stdlib.h>
 #include <unistd.h>
 
-#include <mutex>
-#include <set>
 #include <string>
 
 static_assert(sizeof(pthread_mutex_t) <= sizeof(RecursiveLock::storage), "lock storage too small");
@@ -77,34 +74,6 @@ bool iniWriteString(const char* path, const char* section, const char* key, cons
 static void* libraryModule = nullptr;
 void* moduleHandle() { return libraryModule; }
 void setModuleHandle(void* handle) { libraryModule = handle; }
-
-// The system's window-class table, as far as this module has filled it.
-struct WindowClassTable {
-    std::mutex mutex;
-    std::set<std::string> names;
-};
-static WindowClassTable& windowClasses() {
-    static WindowClassTable table;
-    return table;
-}
-
-bool windowClassRegister(const char* name, void*) {
-    WindowClassTable& t = windowClasses();
-    std::lock_guard<std::mutex> hold(t.mutex);
-    return t.names.insert(name).second;
-}
-
-bool windowClassUnregister(const char* name) {
-    WindowClassTable& t = windowClasses();
-    std::lock_guard<std::mutex> hold(t.mutex);
-    return t.names.erase(name) > 0;
-}
-
-bool windowClassRegistered(const char* name) {
-    WindowClassTable& t = windowClasses();
-    std::lock_guard<std::mutex> hold(t.mutex);
-    return t.names.count(name) > 0;
-}
 
 // The font stand-in: a tagged copy of the description. The host's font object is built from
 // these same sources and reads the description back through fontDescribe.

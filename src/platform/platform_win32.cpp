@@ -1,5 +1,5 @@
 // Win32 side of the platform calls: critical sections, GetTickCount, the private-profile calls
-// through their wide forms (text is UTF-8 inside the program), real window classes and GDI fonts.
+// through their wide forms (text is UTF-8 inside the program) and GDI fonts.
 #include "platform/ini_text.h"
 #include "platform/platform.h"
 
@@ -7,6 +7,8 @@
 
 #include <cstring>
 #include <string>
+
+#include "platform/utf16_win32.h"
 
 static_assert(sizeof(CRITICAL_SECTION) <= sizeof(RecursiveLock::storage), "lock storage too small");
 
@@ -17,16 +19,6 @@ void lockEnter(RecursiveLock* lock) { EnterCriticalSection(section(lock)); }
 void lockLeave(RecursiveLock* lock) { LeaveCriticalSection(section(lock)); }
 
 uint32_t tickCount() { return GetTickCount(); }
-
-static std::wstring wide(const char* utf8) {
-    if (!utf8) return std::wstring();
-    int n = MultiByteToWideChar(CP_UTF8, 0, utf8, -1, nullptr, 0);
-    if (n <= 0) return std::wstring();
-    std::wstring out(size_t(n), L'\0');
-    MultiByteToWideChar(CP_UTF8, 0, utf8, -1, &out[0], n);
-    out.resize(size_t(n - 1));
-    return out;
-}
 
 static std::string narrow(const wchar_t* text) {
     int n = WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);
@@ -61,29 +53,6 @@ bool iniWriteString(const char* path, const char* section, const char* key, cons
 static void* libraryModule = nullptr;
 void* moduleHandle() { return libraryModule; }
 void setModuleHandle(void* handle) { libraryModule = handle; }
-
-static HINSTANCE classInstance() {
-    return libraryModule ? static_cast<HINSTANCE>(libraryModule) : GetModuleHandleW(nullptr);
-}
-
-bool windowClassRegister(const char* name, void* windowProc) {
-    std::wstring className = wide(name);
-    WNDCLASSW wc = {};
-    wc.style = CS_DBLCLKS;
-    wc.lpfnWndProc = windowProc ? reinterpret_cast<WNDPROC>(windowProc) : DefWindowProcW;
-    wc.hInstance = classInstance();
-    wc.lpszClassName = className.c_str();
-    return RegisterClassW(&wc) != 0;
-}
-
-bool windowClassUnregister(const char* name) {
-    return UnregisterClassW(wide(name).c_str(), classInstance()) != 0;
-}
-
-bool windowClassRegistered(const char* name) {
-    WNDCLASSW wc;
-    return GetClassInfoW(classInstance(), wide(name).c_str(), &wc) != 0;
-}
 
 void* fontCreate(const FontDescription* description) {
     if (!description) return nullptr;

@@ -1,7 +1,7 @@
 // The room view's paint: the layers of one picture in their order, the cached room and its 2 by 2
-// filter, the two stamps that say whether anything visible changed, and the small view that a
-// host paints through the vendor call. Called by the view's window (roomview/view_window_win32),
-// the dialog's refresh tick, the dispatcher and the reference host. [window thread]
+// filter, and the small view that a host paints through the vendor call (whether anything visible
+// changed is roomview/stamps). Called by the view's window (roomview/view_window_win32), the
+// dispatcher and the reference host. [window thread]
 #pragma once
 
 #include <cstdint>
@@ -9,14 +9,7 @@
 #include "engine/instance.h"
 #include "foundation/bitmap.h"
 #include "foundation/theme_colours.h"
-
-// viewRedrawFlags
-enum : uint32_t { VIEW_REDRAW_PAINT = 1, VIEW_REDRAW_WORLD = 2 };
-
-// Hash what the view shows of the inputs or of the speakers, store it in the view's stamp and
-// say whether it differs from the stored one.
-bool inputStampChanged(SurroundPanner* p, bool small);
-bool speakerStampChanged(SurroundPanner* p, bool small);
+#include "roomview/stamps.h"
 
 // Draws the whole picture into bitmap (W by H logical pixels). The room is rendered only when
 // worldChanged, or in the orbit view; otherwise the cached frame is brought over and the flat

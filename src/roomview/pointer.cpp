@@ -12,7 +12,7 @@
 #include "foundation/theme_colours.h"
 #include "layouts/layouts.h"
 #include "roomview/overlays.h"
-#include "roomview/paint.h"
+#include "roomview/stamps.h"
 #include "roomview/view_window.h"
 
 namespace {

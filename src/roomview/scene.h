@@ -38,11 +38,6 @@ struct PaneRect {
     int x, y, w, h;
 };
 
-// The fields of SurroundPanner::dragState: the gesture's pane, the input and the speaker it
-// drags, the marquee's state (1 in the window, 2 in the small view), the orbit drag's axes (bit 0
-// yaw, bit 1 pitch) and the axis a one-axis drag keeps to (-1 none yet).
-enum { DRAG_PANE = 0, DRAG_INPUT = 1, DRAG_SPEAKER = 2, DRAG_MARQUEE = 3, DRAG_ORBIT = 4, DRAG_LOCKED_AXIS = 5 };
-
 // Slots of the three objects of each input in inputMeshes.
 enum { INPUT_BALL = 0, INPUT_SHADOW = 1, INPUT_SPREAD = 2, INPUT_OBJECTS = 3 };
 

@@ -5,6 +5,7 @@
 #include <strings.h>
 
 #include "editor/dialog_frame.h"
+#include "editor/editor.h"
 #include "engine/position.h"
 #include "engine/records.h"
 #include "engine/speaker_analysis.h"
@@ -32,7 +33,6 @@ constexpr intptr_t VENDOR_DONE = 0xBEEF;
 constexpr intptr_t VENDOR_KNOWN = 0xF00D;
 constexpr int TEXT_CAPACITY = 256;     // the parameter text calls fill up to this much
 constexpr int NAME_CAPACITY = 32;      // effect, vendor and product names
-constexpr uint32_t GESTURE_TIMEOUT_MS = 500;
 constexpr uint32_t SCENE_TIMEOUT_MS = 1000;
 
 // Vendor calls, by index.
@@ -48,21 +48,6 @@ enum : int32_t {
 // What the host is told with audioMasterVendorSpecific, index HOST_LOOKUP_OPCODE.
 constexpr intptr_t HOST_NOTE_SHIFT = 0;
 constexpr intptr_t HOST_NOTE_COUNTS = 13;
-
-// Messages of the embedded view.
-enum : int {
-    VIEW_MSG_NONE = 0,
-    VIEW_MSG_SIZE_HINTS = 0x24,
-    VIEW_MSG_PAINT = 0x0F,
-    VIEW_MSG_MOVE = 0x200,
-    VIEW_MSG_LEFT_DOWN = 0x201,
-    VIEW_MSG_LEFT_UP = 0x202,
-    VIEW_MSG_DOUBLE = 0x203,
-    VIEW_MSG_RIGHT_DOWN = 0x204,
-    VIEW_MSG_RIGHT_UP = 0x205,
-};
-constexpr intptr_t VIEW_TOOK = 0x1000000;
-constexpr uint32_t VIEW_MARQUEE_LOCKED = 0x4000;
 
 struct CanDoAnswer {
     const char* text;
@@ -107,13 +92,6 @@ void suspend(SurroundPanner* p) {
 void notePendingChange(SurroundPanner* p, bool forced) {
     p->pendingChannelChange =
         uint32_t(inputCount(p)) | uint32_t(speakerCount(p)) << 8 | (forced ? uint32_t(PENDING_FORCED) : 0u);
-}
-
-intptr_t editGetRect(SurroundPanner* p, void* ptr) {
-    if (!ptr) return 0;
-    editorRect(p, &p->editorRect);
-    *static_cast<ERect**>(ptr) = &p->editorRect;
-    return 1;
 }
 
 intptr_t parameterProperties(SurroundPanner* p, int32_t index, void* ptr) {
@@ -193,42 +171,6 @@ void writeNamed(SurroundPanner* p, const char* name, const char* text) {
     }
 }
 
-intptr_t embeddedView(SurroundPanner* p, int message, void* ptr) {
-    int32_t* record = static_cast<int32_t*>(ptr);
-    switch (message) {
-        case VIEW_MSG_NONE: return 1;
-        case VIEW_MSG_SIZE_HINTS:
-            if (record) {
-                record[0] = 0x10000;
-                record[6] = 20;
-            }
-            return 1;
-        case VIEW_MSG_PAINT: return 0;  // nothing is painted without a room view
-        case VIEW_MSG_LEFT_UP: {
-            const int32_t dragDefaults[6] = {-1, -1, -1, 0, 0, -1};
-            std::memcpy(p->dragState, dragDefaults, sizeof dragDefaults);
-            std::memset(p->marqueeRect, 0, sizeof p->marqueeRect);
-            std::memset(p->dragAnchor, 0, sizeof p->dragAnchor);
-            beginEdit(p);
-            endGestures(p);
-            return 1;
-        }
-        case VIEW_MSG_RIGHT_DOWN:
-            if (p->uiFlags & VIEW_MARQUEE_LOCKED) return 1;
-            p->dragState[0] = 4;
-            p->dragState[3] = 2;
-            if (record) {
-                for (int k = 0; k < 4; k++) p->marqueeRect[k] = record[8 + (k & 1)];
-            }
-            return VIEW_TOOK;
-        case VIEW_MSG_MOVE:
-        case VIEW_MSG_LEFT_DOWN:
-        case VIEW_MSG_DOUBLE:
-        case VIEW_MSG_RIGHT_UP: return 1;
-        default: return 0;
-    }
-}
-
 intptr_t vendorSpecific(SurroundPanner* p, int32_t index, intptr_t value, void* ptr, float opt) {
     switch (index) {
         case VENDOR_PARAMETER_RANGE: {
@@ -256,7 +198,7 @@ intptr_t vendorSpecific(SurroundPanner* p, int32_t index, intptr_t value, void* 
         case VENDOR_CHANNEL_NOTICE: channelNotice(p, value); return 0;
         case VENDOR_VIEW:
             if (intptr_t r = 0; smallViewMessage(p, int(opt), value, ptr, themeColours, &r)) return r;
-            return embeddedView(p, int(opt), ptr);
+            return editorViewMessage(p, int(opt), static_cast<int32_t*>(ptr));
         case VENDOR_READ_NAMED:
             if (!ptr || !value) return 0;
             return readNamed(p, reinterpret_cast<const char*>(value), static_cast<char*>(ptr), int(opt));
@@ -270,15 +212,15 @@ intptr_t vendorSpecific(SurroundPanner* p, int32_t index, intptr_t value, void* 
 // Idle work: stale gestures, the end of a scene automation, and channel changes for the host.
 void idle(SurroundPanner* p) {
     uint32_t now = tickCount();
-    // 1. Gestures close half a second after the last change, unless a drag of inputs runs.
-    if (p->dragState[1] < 0 && p->lastGestureTick && now - p->lastGestureTick > GESTURE_TIMEOUT_MS) endGestures(p);
-    // 2. A second after the last scene value from the host, the edit ends.
+    // Stale gestures of the editor close first.
+    editorIdle(p, now);
+    // A second after the last scene value from the host, the scene's edit ends.
     if (p->sceneAutomationTick && now - p->sceneAutomationTick > SCENE_TIMEOUT_MS) {
         beginEdit(p);
         recomputeScene(p);
         p->sceneAutomationTick = 0;
     }
-    // 3. A channel change: the host shifts its automation, then learns the counts.
+    // A channel change: the host shifts its automation, then learns the counts.
     uint32_t pending = p->pendingChannelChange;
     if (!pending) return;
     p->pendingChannelChange = 0;
@@ -286,16 +228,15 @@ void idle(SurroundPanner* p) {
     bool forced = pending & PENDING_FORCED;
     int n = inputCount(p), m = speakerCount(p);
     if (n != a) {
-        int32_t shift[2] = {(n < a ? n : a) * PARAMS_PER_INPUT + PARAMS_GLOBAL, (n - a) * PARAMS_PER_INPUT};
+        int32_t shift[2] = {parameterIndex(POWNER_INPUT, n < a ? n : a, 0, n), (n - a) * PARAMS_PER_INPUT};
         hostNote(p, audioMasterVendorSpecific, HOST_LOOKUP_OPCODE, HOST_NOTE_SHIFT, shift);
     }
     if (m != b) {
-        int32_t shift[2] = {n * PARAMS_PER_INPUT + PARAMS_GLOBAL + (m < b ? m : b) * PARAMS_PER_SPEAKER,
-                            (m - b) * PARAMS_PER_SPEAKER};
+        int32_t shift[2] = {parameterIndex(POWNER_SPEAKER, m < b ? m : b, 0, n), (m - b) * PARAMS_PER_SPEAKER};
         hostNote(p, audioMasterVendorSpecific, HOST_LOOKUP_OPCODE, HOST_NOTE_SHIFT, shift);
     }
     if (n != a || m != b) {
-        p->effect.numParams = PARAMS_PER_INPUT * n + PARAMS_GLOBAL + PARAMS_PER_SPEAKER * m;
+        p->effect.numParams = parameterCount(n, m);
         intptr_t counts = intptr_t(n) << 12 | 0xF00 | intptr_t(m) << 20;
         hostNote(p, audioMasterVendorSpecific, HOST_LOOKUP_OPCODE, HOST_NOTE_COUNTS, reinterpret_cast<void*>(counts));
     }
@@ -336,7 +277,7 @@ intptr_t VST_CALL dispatcher(AEffect* effect, int32_t opcode, int32_t index, int
             if (value == 0) suspend(p);
             return 0;
         case effEditGetRect:
-            return editGetRect(p, ptr);
+            return editorGetRect(p, ptr);
         case effEditOpen:
             return editorOpen(p, ptr);
         case effEditClose:

@@ -1,10 +1,77 @@
 #include "shell/entry.h"
 
+#include <cstring>
+
+#include "engine/audio_block.h"
+#include "engine/speaker_analysis.h"
 #include "foundation/host_api.h"
+#include "foundation/numbers.h"
+#include "layouts/layouts.h"
+#include "platform/window.h"
+#include "roomview/view_window.h"
+#include "shell/dispatcher.h"
 #include "shell/panner.h"
+#include "shell/parameters.h"
 #include "shell/theme.h"
 
 unsigned char hostApiBound = 0;
+
+static double readPanLaw() {
+    char text[128] = {0};
+    const char* path = hostApi.get_ini_file ? hostApi.get_ini_file() : nullptr;
+    if (path && *path) iniReadString(path, "kelvane", "panlaw", "", text, sizeof text);
+    if (!text[0]) return PAN_LAW_DEFAULT_DB;
+    double db = parseLeadingDouble(text);
+    if (db < -6.0) db = -6.0;
+    if (db > 0.0) db = 0.0;
+    return db;
+}
+
+SurroundPanner* createPanner() {
+    SurroundPanner* p = instanceCreate();
+    if (!p) return nullptr;
+    p->panLawDb = readPanLaw();
+
+    // The host's channel count and the AEffect the host sees.
+    int n = hostChannelCount();
+    std::memset(&p->effect, 0, sizeof p->effect);
+    p->effect.magic = kEffectMagic;
+    p->effect.dispatcher = dispatcher;
+    p->effect.process = processFloatIgnored;
+    p->effect.setParameter = setParameter;
+    p->effect.getParameter = getParameter;
+    p->effect.numPrograms = 1;
+    p->effect.numInputs = n;
+    p->effect.numOutputs = n;
+    p->effect.numParams = parameterCount(n, n);
+    p->effect.flags = PANNER_FLAGS;
+    p->effect.initialDelay = 0;
+    p->effect.ioRatio = 1.0f;
+    p->effect.object = p;
+    p->effect.uniqueID = PANNER_UNIQUE_ID;
+    p->effect.version = PANNER_VERSION;
+    p->effect.processReplacing = processFloatIgnored;
+    p->effect.processDoubleReplacing = processDoubleReplacing;
+
+    // The layout of that many channels, as many inputs placed by rule, and the analysis of the
+    // final speakers.
+    applyLayout(p, layoutForChannelCount(n));
+    setInputCount(p, n);
+    analyzeSpeakers(p);
+
+    // Meters clear; the first audio block sizes the gain tables.
+    std::memset(p->meterPeaks, 0, sizeof p->meterPeaks);
+    p->audioInputs = -1;
+    p->audioSpeakers = -1;
+
+    // The first instance registers the view's window class.
+    if (++instanceCount == 1) windowClassRegister(VIEW_WINDOW_CLASS, roomViewWindowProcedure());
+
+    // The editor's fields start empty.
+    std::memset(p->dialogMetrics, 0, sizeof p->dialogMetrics);
+    std::memset(&p->stripControls, 0, sizeof p->stripControls);
+    return p;
+}
 
 static void** slotOf(const HostApiName& row) {
     return reinterpret_cast<void**>(reinterpret_cast<char*>(&hostApi) + row.slotOffset);

@@ -2,6 +2,7 @@
 // library attach hook live in the plugin's own export unit; tests call pluginMain directly.
 #pragma once
 
+#include "engine/instance.h"
 #include "vst/aeffect.h"
 
 // Process-wide: 1 once the host functions were imported.
@@ -11,3 +12,7 @@ extern unsigned char hostApiBound;
 // colours, builds one instance. Returns its AEffect, or null: a null host, a host without
 // DB2SLIDER, SLIDER2DB or get_ini_file (nothing bound then), or an allocation failure.
 AEffect* pluginMain(audioMasterCallback host);
+
+// [host's instantiating thread] Allocates and constructs an instance from the process-wide
+// hostCallback and hostApi, counted in instanceCount. Returns null when the allocation fails.
+SurroundPanner* createPanner();

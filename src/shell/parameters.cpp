@@ -11,14 +11,6 @@
 
 namespace {
 
-const char* const GLOBAL_PARAMETER_NAMES[PARAMS_GLOBAL] = {
-    "center %",
-    "side %",
-    "Z shape",
-    "scene X",
-    "scene Y",
-    "scene Z",
-};
 const char* const TEXT_SECTION = "kelvanepan";
 constexpr uint32_t SCENE_EDIT_PAUSE_MS = 1000;
 
@@ -33,7 +25,8 @@ void correctSelection(SurroundPanner* p) {
     }
 }
 
-void setGlobal(SurroundPanner* p, int number, double v) {
+void setGlobal(SurroundPanner* p, int number, double normalised) {
+    double v = plainFromNormalised(*findParameterRow(POWNER_GLOBAL, number), normalised);
     switch (number) {
         case PG_CENTER:
         case PG_SIDE: {
@@ -44,14 +37,14 @@ void setGlobal(SurroundPanner* p, int number, double v) {
             return;
         }
         case PG_ZSHAPE: {
-            int shape = int(6.0 * v + 0.5);
+            int shape = int(v);
             if (shape != p->zShape) changeZShape(p, shape);
             return;
         }
         default: {
             // A stream of scene values is one edit as long as the gaps stay within a second.
             double values[3] = {p->sceneX, p->sceneY, p->sceneZ};
-            values[number - PG_SCENE_X] = -1.0 + 2.0 * v;
+            values[number - PG_SCENE_X] = v;
             uint32_t now = tickCount();
             if (now - p->lastEditTick > SCENE_EDIT_PAUSE_MS) beginEdit(p);
             p->lastEditTick = now;
@@ -62,47 +55,42 @@ void setGlobal(SurroundPanner* p, int number, double v) {
     }
 }
 
-void setInput(SurroundPanner* p, int i, int number, double v) {
+void setInput(SurroundPanner* p, int i, int number, double normalised) {
     PanInput& in = inputRecords(p)[i];
+    double v = plainFromNormalised(*findParameterRow(POWNER_INPUT, number), normalised);
     auto gainLike = [&](double& field, double value) {
         if (sameAsFloat(field, value)) return;
         sharedStore(field, value);
         markInputDirty(p, i);
     };
     switch (number) {
-        case PI_GAIN: gainLike(in.gain, 4.0 * v); return;
-        case PI_LFE: gainLike(in.lfeSend, 4.0 * v); return;
+        case PI_GAIN: gainLike(in.gain, v); return;
+        case PI_LFE: gainLike(in.lfeSend, v); return;
         case PI_DIVERGENCE: gainLike(in.divergence, v); return;
-        case PI_X: setInputX(p, i, -1.0 + 2.0 * v); return;
-        case PI_Y: setInputY(p, i, -1.0 + 2.0 * v); return;
+        case PI_X: setInputX(p, i, v); return;
+        case PI_Y: setInputY(p, i, v); return;
         case PI_Z: setInputZ(p, i, v); return;
-        case PI_DELAY: sharedStore(in.delay, 0.04 * v * v); return;  // the audio block reads it each block
+        case PI_DELAY: sharedStore(in.delay, v); return;  // the audio block reads it each block
         case PI_MUTE:
         case PI_SOLO:
-            sharedStore(number == PI_MUTE ? in.mute : in.solo, uint8_t(v >= 0.5 ? 1 : 0));
+            sharedStore(number == PI_MUTE ? in.mute : in.solo, uint8_t(v));
             correctSelection(p);
             return;
     }
 }
 
-void setSpeaker(SurroundPanner* p, int s, int number, double v) {
+void setSpeaker(SurroundPanner* p, int s, int number, double normalised) {
     PanSpeaker& spk = speakerRecords(p)[s];
+    double v = plainFromNormalised(*findParameterRow(POWNER_SPEAKER, number), normalised);
     switch (number) {
         case PS_GAIN:
-            if (spk.gain == 4.0 * v) return;
-            sharedStore(spk.gain, 4.0 * v);
+            if (spk.gain == v) return;
+            sharedStore(spk.gain, v);
             markAllInputsDirty(p);
             return;
-        case PS_MUTE: sharedStore(spk.mute, uint8_t(v >= 0.5 ? 1 : 0)); return;
-        case PS_SOLO: sharedStore(spk.solo, uint8_t(v >= 0.5 ? 1 : 0)); return;
+        case PS_MUTE: sharedStore(spk.mute, uint8_t(v)); return;
+        case PS_SOLO: sharedStore(spk.solo, uint8_t(v)); return;
     }
-}
-
-// The range row, or the defaults of a parameter without one; zShape tells the Z shape apart.
-ParameterRange rangeOf(ParameterRef r, bool* zShape) {
-    *zShape = r.owner == POWNER_GLOBAL && r.number == PG_ZSHAPE;
-    const ParameterRange* row = findParameterRange(r.owner, r.number);
-    return row ? *row : ParameterRange{r.owner, r.number, "", 0.0, 1.0, PFORMAT_NONE};
 }
 
 int copyOut(char* out, int capacity, const char* text) {
@@ -128,9 +116,8 @@ void VST_CALL setParameter(AEffect* effect, int32_t index, float value) {
 int parameterName(const SurroundPanner* p, int32_t index, char* out, int capacity) {
     ParameterRef r = decodeParameter(p, index);
     if (r.owner == POWNER_NONE) return copyOut(out, capacity, "");
-    if (r.owner == POWNER_GLOBAL)
-        return copyOut(out, capacity, localize(GLOBAL_PARAMETER_NAMES[r.number], TEXT_SECTION, 0));
-    const ParameterRange* row = findParameterRange(r.owner, r.number);
+    const ParameterRow* row = findParameterRow(r.owner, r.number);
+    if (r.owner == POWNER_GLOBAL) return copyOut(out, capacity, localize(row->name, TEXT_SECTION, 0));
     if (!out || capacity < 1) return 0;
     int n = std::snprintf(out, size_t(capacity), "%s%d %s",
                           localize(r.owner == POWNER_INPUT ? "in " : "out ", TEXT_SECTION, 0), r.channel + 1,
@@ -140,24 +127,19 @@ int parameterName(const SurroundPanner* p, int32_t index, char* out, int capacit
 
 int parameterLabel(const SurroundPanner* p, int32_t index, char* out, int capacity) {
     ParameterRef r = decodeParameter(p, index);
-    bool zShape;
-    return copyOut(out, capacity, r.owner == POWNER_NONE ? "" : parameterUnit(rangeOf(r, &zShape).format));
+    return copyOut(out, capacity, r.owner == POWNER_NONE ? "" : parameterUnit(findParameterRow(r.owner, r.number)->format));
 }
 
 int parameterDisplay(const SurroundPanner* p, int32_t index, char* out, int capacity, const double* value) {
     ParameterRef r = decodeParameter(p, index);
     if (r.owner == POWNER_NONE) return copyOut(out, capacity, "");
-    bool zShape;
-    ParameterRange range = rangeOf(r, &zShape);
     double v = value ? *value : parameterValue(p, r);
     if (!value) v = v < 0.0 ? 0.0 : v > 1.0 ? 1.0 : v;
-    return formatParameterValue(range.format, range.min, range.max, zShape, v, out, capacity);
+    return formatParameterValue(*findParameterRow(r.owner, r.number), v, out, capacity);
 }
 
 double parameterFromText(const SurroundPanner* p, int32_t index, const char* text) {
     ParameterRef r = decodeParameter(p, index);
     if (r.owner == POWNER_NONE) return 0.0;
-    bool zShape;
-    ParameterRange range = rangeOf(r, &zShape);
-    return parseParameterValue(range.format, range.min, range.max, zShape, text);
+    return parseParameterValue(*findParameterRow(r.owner, r.number), text);
 }

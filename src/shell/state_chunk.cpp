@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "engine/instance.h"
+#include "engine/parameter_table.h"
 #include "engine/records.h"
 #include "engine/speaker_analysis.h"
 #include "foundation/grow_buffer.h"
@@ -142,6 +143,36 @@ void readSpeaker(ChunkReader& r, PanSpeaker* s) {
     r.name(s->name);
 }
 
+StateHead headOf(const SurroundPanner* p) {
+    StateHead head;
+    head.uiFlags = p->uiFlags;
+    head.layoutId = p->layoutId;
+    head.layoutFamily = p->layoutFamily;
+    head.channelOptions = p->channelOptions;
+    head.firstInputStrip = p->firstInputStrip;
+    head.firstSpeakerStrip = p->firstSpeakerStrip;
+    for (int i = 0; i < 3; i++) head.editRowMode[i] = p->editRowMode[i];
+    head.centerPercent = p->centerPercent;
+    head.sidePercent = p->sidePercent;
+    head.panLawDb = p->panLawDb;
+    head.zShape = p->zShape;
+    return head;
+}
+
+void storeHead(SurroundPanner* p, const StateHead& head) {
+    p->uiFlags = head.uiFlags;
+    p->layoutId = head.layoutId;
+    p->layoutFamily = head.layoutFamily;
+    p->channelOptions = head.channelOptions;
+    p->firstInputStrip = head.firstInputStrip;
+    p->firstSpeakerStrip = head.firstSpeakerStrip;
+    for (int i = 0; i < 3; i++) p->editRowMode[i] = head.editRowMode[i];
+    p->centerPercent = head.centerPercent;
+    p->sidePercent = head.sidePercent;
+    p->panLawDb = head.panLawDb;
+    p->zShape = head.zShape;
+}
+
 // Counts, meters and gain tables follow the records after any load.
 void refreshAfterLoad(SurroundPanner* p) {
     analyzeSpeakers(p);
@@ -150,33 +181,28 @@ void refreshAfterLoad(SurroundPanner* p) {
     p->audioSpeakers = -1;
     p->effect.numInputs = inputCount(p);
     p->effect.numOutputs = speakerCount(p);
-    p->effect.numParams = 9 * inputCount(p) + 6 + 3 * speakerCount(p);
+    p->effect.numParams = parameterCount(inputCount(p), speakerCount(p));
 }
 
 }  // namespace
 
-int32_t saveState(SurroundPanner* p, void** data) {
-    LockHold hold(&p->stateLock);
-    *data = nullptr;
-    growBufferResize(&chunkWriteBuffer, 0);
-    ChunkWriter w{&chunkWriteBuffer, true};
-
-    int32_t layout = p->layoutId < 0 ? 0 : p->layoutId > 254 ? 255 : p->layoutId;
+bool writeStateChunk(const StateHead& head, const PanInput* inputs, int inputTotal, const PanSpeaker* speakers,
+                     int speakerTotal, GrowBuffer* out) {
+    ChunkWriter w{out, true};
+    int32_t layout = head.layoutId < 0 ? 0 : head.layoutId > 254 ? 255 : head.layoutId;
     w.i32(STATE_VERSION);
-    w.u32(p->uiFlags);
-    w.u32(uint32_t(layout) | (uint32_t(p->layoutFamily) & 0xFF) << 8 | (p->channelOptions & 0xFF) << 16);
-    w.i32(p->firstInputStrip);
-    w.i32(p->firstSpeakerStrip);
-    for (int32_t mode : p->editRowMode) w.i32(mode);
-    w.f64(p->centerPercent);
-    w.f64(p->sidePercent);
-    int inputs = inputCount(p), speakers = speakerCount(p);
-    w.i32(inputs);
-    w.i32(speakers);
+    w.u32(head.uiFlags);
+    w.u32(uint32_t(layout) | (uint32_t(head.layoutFamily) & 0xFF) << 8 | (head.channelOptions & 0xFF) << 16);
+    w.i32(head.firstInputStrip);
+    w.i32(head.firstSpeakerStrip);
+    for (int32_t mode : head.editRowMode) w.i32(mode);
+    w.f64(head.centerPercent);
+    w.f64(head.sidePercent);
+    w.i32(inputTotal);
+    w.i32(speakerTotal);
 
-    const PanInput* in = inputRecords(p);
-    for (int i = 0; i < inputs; i++) {
-        const PanInput& r = in[i];
+    for (int i = 0; i < inputTotal; i++) {
+        const PanInput& r = inputs[i];
         for (double v : {r.gain, r.lfeSend, r.posX, r.posY, r.posZ, r.divergence, r.delay}) w.f64(v);
         w.u32(bit(r.mute, INPUT_BIT_MUTE) | bit(r.solo, INPUT_BIT_SOLO) | bit(r.selected, INPUT_BIT_SELECTED) |
               bit(r.reverseX, INPUT_BIT_REVERSE_X) | bit(r.reverseY, INPUT_BIT_REVERSE_Y) |
@@ -184,18 +210,25 @@ int32_t saveState(SurroundPanner* p, void** data) {
         w.name(r.name);
         w.u32(r.color);
     }
-    const PanSpeaker* spk = speakerRecords(p);
-    for (int s = 0; s < speakers; s++) {
-        const PanSpeaker& r = spk[s];
+    for (int s = 0; s < speakerTotal; s++) {
+        const PanSpeaker& r = speakers[s];
         for (double v : {r.gain, r.posX, r.posY, r.posZ, r.influence}) w.f64(v);
         w.u32(bit(r.mute, SPEAKER_BIT_MUTE) | bit(r.solo, SPEAKER_BIT_SOLO) | bit(r.lfe, SPEAKER_BIT_LFE) |
               bit(r.vacant, SPEAKER_BIT_VACANT));
         w.name(r.name);
     }
-    w.f64(p->panLawDb);
-    w.i32(p->zShape);
+    w.f64(head.panLawDb);
+    w.i32(head.zShape);
+    return w.ok;
+}
 
-    if (!w.ok) return 0;
+int32_t saveState(SurroundPanner* p, void** data) {
+    LockHold hold(&p->stateLock);
+    *data = nullptr;
+    growBufferResize(&chunkWriteBuffer, 0);
+    StateHead head = headOf(p);
+    if (!writeStateChunk(head, inputRecords(p), inputCount(p), speakerRecords(p), speakerCount(p), &chunkWriteBuffer))
+        return 0;
     *data = chunkWriteBuffer.data;
     return int32_t(chunkWriteBuffer.used);
 }
@@ -234,60 +267,75 @@ StateChunkShape stateChunkShape(const void* data, int32_t size) {
     return shape;
 }
 
-void loadState(SurroundPanner* p, const void* data, int32_t size) {
-    LockHold hold(&p->stateLock);
+StateReadEnd readStateChunk(const void* data, int32_t size, StateHead* head, GrowArray<PanInput>* inputs,
+                            GrowArray<PanSpeaker>* speakers) {
+    ChunkReader r{static_cast<const unsigned char*>(data), data && size > 0 ? size_t(size) : 0, 0};
 
-    // 1. A private copy with a read position.
-    std::vector<unsigned char> copy;
-    if (data && size > 0) copy.assign(static_cast<const unsigned char*>(data), static_cast<const unsigned char*>(data) + size);
-    ChunkReader r{copy.data(), copy.size(), 0};
-
-    // 2, 3. The version; below 3 nothing more is read.
+    // The version; below 3 nothing more is read, above the present one the block reads as the
+    // present one.
     int32_t version = 0;
     r.i32(&version);
-    if (version < 3) {
-        refreshAfterLoad(p);
-        return;
-    }
+    if (version < 3) return STATE_READ_EMPTY;
     if (version > STATE_VERSION) version = STATE_VERSION;
 
-    // 4. The head.
-    r.u32(&p->uiFlags);
+    // The head, then the counts; counts out of range leave the records alone.
+    r.u32(&head->uiFlags);
     uint32_t packed;
     if (r.u32(&packed)) {
-        p->layoutId = int32_t(packed & 0xFF);
-        p->layoutFamily = int32_t((packed >> 8) & 0xFF);
-        p->channelOptions = (packed >> 16) & 0xFF;
+        head->layoutId = int32_t(packed & 0xFF);
+        head->layoutFamily = int32_t((packed >> 8) & 0xFF);
+        head->channelOptions = (packed >> 16) & 0xFF;
     }
-    r.i32(&p->firstInputStrip);
-    r.i32(&p->firstSpeakerStrip);
-    for (int32_t& mode : p->editRowMode) r.i32(&mode);
-    r.f64(&p->centerPercent);
-    r.f64(&p->sidePercent);
-    int32_t inputs = 0, speakers = 0;
-    r.i32(&inputs);
-    r.i32(&speakers);
+    r.i32(&head->firstInputStrip);
+    r.i32(&head->firstSpeakerStrip);
+    for (int32_t& mode : head->editRowMode) r.i32(&mode);
+    r.f64(&head->centerPercent);
+    r.f64(&head->sidePercent);
+    int32_t inputTotal = 0, speakerTotal = 0;
+    r.i32(&inputTotal);
+    r.i32(&speakerTotal);
+    if (inputTotal < 0 || inputTotal > STATE_MAX_RECORDS || speakerTotal < 0 || speakerTotal > STATE_MAX_RECORDS)
+        return STATE_READ_STOPPED;
 
-    // 5. Counts out of range leave the records alone.
-    if (inputs < 0 || inputs > STATE_MAX_RECORDS || speakers < 0 || speakers > STATE_MAX_RECORDS) return;
+    // Inputs, zero-filled first so that what the block lacks starts at 0; then the speakers.
+    if (!inputs->resize(inputTotal) || inputTotal == 0) return STATE_READ_STOPPED;
+    std::memset(inputs->data(), 0, size_t(inputTotal) * sizeof(PanInput));
+    for (int i = 0; i < inputTotal; i++) readInput(r, &(*inputs)[i], i, version);
+    if (!speakers->resize(speakerTotal) || speakerTotal == 0) return STATE_READ_STOPPED;
+    std::memset(speakers->data(), 0, size_t(speakerTotal) * sizeof(PanSpeaker));
+    for (int s = 0; s < speakerTotal; s++) readSpeaker(r, &(*speakers)[s]);
 
-    // 6. Inputs, zero-filled first so that what the block lacks starts at 0.
-    if (!growBufferResize(&p->inputs, size_t(inputs) * sizeof(PanInput)) || inputs == 0) return;
-    PanInput* in = inputRecords(p);
-    std::memset(in, 0, size_t(inputs) * sizeof(PanInput));
-    for (int i = 0; i < inputs; i++) readInput(r, &in[i], i, version);
+    // The tail.
+    r.f64(&head->panLawDb);
+    if (version > 4) r.i32(&head->zShape);
+    return STATE_READ_WHOLE;
+}
 
-    // 7. Speakers likewise.
-    if (!growBufferResize(&p->speakers, size_t(speakers) * sizeof(PanSpeaker)) || speakers == 0) return;
-    PanSpeaker* spk = speakerRecords(p);
-    std::memset(spk, 0, size_t(speakers) * sizeof(PanSpeaker));
-    for (int s = 0; s < speakers; s++) readSpeaker(r, &spk[s]);
-
-    // 8. The tail.
-    r.f64(&p->panLawDb);
-    if (version > 4) r.i32(&p->zShape);
-    p->stateLoaded = 1;
-
-    // 9. Counts, meters and gain tables follow the records.
+void loadState(SurroundPanner* p, const void* data, int32_t size) {
+    LockHold hold(&p->stateLock);
+    // A private copy: the host may hand a block that it changes while we read.
+    std::vector<unsigned char> copy;
+    if (data && size > 0) copy.assign(static_cast<const unsigned char*>(data), static_cast<const unsigned char*>(data) + size);
+    StateHead head = headOf(p);
+    StateReadEnd end = readStateChunk(copy.data(), int32_t(copy.size()), &head, &p->inputs, &p->speakers);
+    storeHead(p, head);
+    // A block read to its end marks the state loaded; a block that stopped part way leaves the
+    // counts, meters and gain tables as they were, as an empty one does not.
+    if (end == STATE_READ_STOPPED) return;
+    if (end == STATE_READ_WHOLE) p->stateLoaded = 1;
     refreshAfterLoad(p);
+}
+
+void stateChunkInit(StateChunk* state) {
+    std::memset(state, 0, sizeof *state);
+    SurroundPanner* defaults = instanceCreate();
+    if (defaults) state->head = headOf(defaults);
+    instanceDestroy(defaults);
+    growBufferInit(&state->inputs.bytes);
+    growBufferInit(&state->speakers.bytes);
+}
+
+void stateChunkFree(StateChunk* state) {
+    growBufferFree(&state->inputs.bytes);
+    growBufferFree(&state->speakers.bytes);
 }

@@ -18,13 +18,13 @@ std::vector<int32_t> automateIndexes;  // index of every audioMasterAutomate the
 
 intptr_t VST_CALL recordingCallback(AEffect* e, int32_t opcode, int32_t index, intptr_t value, void* ptr, float opt) {
     if (opcode == audioMasterAutomate) automateIndexes.push_back(index);
-    return PannerTest::callback(e, opcode, index, value, ptr, opt);
+    return PannerFixture::callback(e, opcode, index, value, ptr, opt);
 }
 
-struct DialogStampsTest : PannerTest {
+struct DialogStampsTest : PannerFixture {
     SurroundPanner* p = nullptr;
     void SetUp() override {
-        PannerTest::SetUp();
+        PannerFixture::SetUp();
         hostCallback = recordingCallback;
         automateIndexes.clear();
         countAnswer = 4;
@@ -36,7 +36,7 @@ struct DialogStampsTest : PannerTest {
     }
     void TearDown() override {
         if (p) destroyPanner(p);
-        PannerTest::TearDown();
+        PannerFixture::TearDown();
     }
     // Which stamps differ after a change, as a bit per stamp index.
     uint32_t changedBy(const std::function<void()>& change) {

@@ -20,9 +20,9 @@ MIRQ_IBitmap* createCounted(int kind, int w, int h) { return kind == 1 ? new Cou
 
 constexpr uint32_t FACE = 0xFFD4D0C8;
 
-struct StripPicturesTest : PannerTest {
+struct StripPicturesTest : PannerFixture {
     void SetUp() override {
-        PannerTest::SetUp();
+        PannerFixture::SetUp();
         hostApi.MIRQ_CreateBitmap = createCounted;  // no fill calls: the pictures fill pixels themselves
         liveBitmaps = 0;
     }

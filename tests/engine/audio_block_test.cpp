@@ -7,6 +7,8 @@
 #include "support/panner_fixture.h"
 #include "support/speaker_rigs.h"
 
+struct AudioBlockTest : PannerFixture {};
+
 namespace {
 
 void moveInput(SurroundPanner* p, int i, double x, double y, double z) {
@@ -19,13 +21,13 @@ void moveInput(SurroundPanner* p, int i, double x, double y, double z) {
 
 }  // namespace
 
-TEST_F(PannerTest, APositionChangeRampsOverExactlyOneBlock) {
+TEST_F(AudioBlockTest, APositionChangeRampsOverExactlyOneBlock) {
     countAnswer = 1;
     for (int n : {64, 4096, 7}) {
-        SurroundPanner* p = createPanner();
+        SurroundPanner* p = make();
         placeRig(p, stereoRig());
         moveInput(p, 0, -1, 1, 0);
-        AudioRun run(p);
+        AudioRun run(&p->effect);
         run.block(n, constantOne);
         EXPECT_EQ(run.out[0][0], 1.0) << "the first block starts at its gains";
         moveInput(p, 0, 1, 1, 0);
@@ -36,17 +38,17 @@ TEST_F(PannerTest, APositionChangeRampsOverExactlyOneBlock) {
         run.block(n, constantOne);
         EXPECT_EQ(run.out[0][0], 0.0) << "no ramp without a change";
         EXPECT_EQ(run.out[1][0], 1.0);
-        destroyPanner(p);
+        destroy(p);
     }
 }
 
-TEST_F(PannerTest, DelayLinesDelayCrossfadeAndKeepRunningWhileMuted) {
+TEST_F(AudioBlockTest, DelayLinesDelayCrossfadeAndKeepRunningWhileMuted) {
     countAnswer = 1;
-    SurroundPanner* p = createPanner();
+    SurroundPanner* p = make();
     placeRig(p, stereoRig());
     moveInput(p, 0, -1, 1, 0);
     inputRecords(p)[0].delay = 0.01;  // 480 samples at 48 kHz
-    AudioRun run(p);
+    AudioRun run(&p->effect);
     auto impulseAt = [](long long when) {
         return [when](int, long long t) { return t == when ? 1.0 : 0.0; };
     };
@@ -74,7 +76,7 @@ TEST_F(PannerTest, DelayLinesDelayCrossfadeAndKeepRunningWhileMuted) {
     run.block(480, impulseAt(run.clock + 10));
     {
         LockHold hold(&p->stateLock);
-        growBufferResize(&p->inputs, 2 * sizeof(PanInput));
+        p->inputs.resize(2);
         newInputRecord(&inputRecords(p)[1], 1);
     }
     moveInput(p, 0, 1, 1, 0);
@@ -86,16 +88,16 @@ TEST_F(PannerTest, DelayLinesDelayCrossfadeAndKeepRunningWhileMuted) {
     EXPECT_EQ(current[1], 1.0);
     run.block(480, constantOne);
     EXPECT_EQ(run.out[1][0], std::sqrt(0.5)) << "only the new input: input 0's line restarts from silence";
-    destroyPanner(p);
+    destroy(p);
 }
 
-TEST_F(PannerTest, SoloMuteAndVacantRules) {
+TEST_F(AudioBlockTest, SoloMuteAndVacantRules) {
     countAnswer = 6;
-    SurroundPanner* p = createPanner();
+    SurroundPanner* p = make();
     placeRig(p, surround51Rig());
     for (int i = 0; i < 6; i++) moveInput(p, i, 0, 1, 0);  // all on the centre speaker
     auto sumOfInputs = [](int i, long long) { return double(1 << i); };
-    AudioRun run(p);
+    AudioRun run(&p->effect);
     run.block(16, sumOfInputs);
     EXPECT_EQ(run.out[2][0], 63.0) << "every input reaches the centre";
 
@@ -128,15 +130,15 @@ TEST_F(PannerTest, SoloMuteAndVacantRules) {
     speakerRecords(p)[2].mute = 1;
     run.block(16, sumOfInputs);
     EXPECT_EQ(run.out[2][5], 0.0);
-    destroyPanner(p);
+    destroy(p);
 }
 
-TEST_F(PannerTest, MetersHalveIn75MillisecondsAndNoInputsGiveSilence) {
+TEST_F(AudioBlockTest, MetersHalveIn75MillisecondsAndNoInputsGiveSilence) {
     countAnswer = 1;
-    SurroundPanner* p = createPanner();
+    SurroundPanner* p = make();
     placeRig(p, stereoRig());
     moveInput(p, 0, -1, 1, 0);
-    AudioRun run(p);
+    AudioRun run(&p->effect);
     run.block(480, [](int, long long t) { return t == 100 ? -1.0 : 0.0; });
     EXPECT_EQ(meterPeak(p, 0), 1.0);
     EXPECT_EQ(meterPeak(p, 16), 1.0) << "the first speaker's strip";
@@ -147,7 +149,7 @@ TEST_F(PannerTest, MetersHalveIn75MillisecondsAndNoInputsGiveSilence) {
 
     {
         LockHold hold(&p->stateLock);
-        growBufferResize(&p->inputs, 0);
+        p->inputs.resize(0);
     }
     run.block(64, silence);
     run.out[0].assign(64, 7.0);
@@ -156,5 +158,5 @@ TEST_F(PannerTest, MetersHalveIn75MillisecondsAndNoInputsGiveSilence) {
     p->effect.processDoubleReplacing(&p->effect, run.inPtrs.data(), run.outPtrs.data(), 64);
     EXPECT_EQ(run.out[0][63], 0.0) << "with no inputs every output is zero";
     EXPECT_EQ(run.out[1][0], 0.0);
-    destroyPanner(p);
+    destroy(p);
 }

@@ -5,6 +5,8 @@
 #include "support/panner_fixture.h"
 #include "support/speaker_rigs.h"
 
+struct GainMatrixTest : PannerFixture {};
+
 namespace {
 
 void expectRow(const std::vector<double>& got, std::initializer_list<double> want, const char* what) {
@@ -18,7 +20,7 @@ void expectRow(const std::vector<double>& got, std::initializer_list<double> wan
 
 }  // namespace
 
-TEST(PanLawTest, FiveSettingsAtTheMiddle) {
+TEST_F(GainMatrixTest, FiveSettingsAtTheMiddle) {
     EXPECT_NEAR(panLaw(0.5, -2.5), 0.7560, 1e-4);  // 0.75592, -2.43 dB
     EXPECT_NEAR(panLaw(0.5, -3.0), 0.7071, 5e-5);
     EXPECT_NEAR(panLaw(0.5, -4.5), 0.6036, 5e-5);
@@ -29,8 +31,8 @@ TEST(PanLawTest, FiveSettingsAtTheMiddle) {
     EXPECT_NEAR(panLaw(0.8, 3.0), 0.4, 1e-12) << "above 0 holds then falls";
 }
 
-TEST_F(PannerTest, GainLawWorkedCases) {
-    SurroundPanner* p = createPanner();
+TEST_F(GainMatrixTest, GainLawWorkedCases) {
+    SurroundPanner* p = make();
     placeRig(p, stereoRig());
     expectRow(gainsAt(p, 0, 1, 0), {0.7071, 0.7071}, "stereo centre");
     expectRow(gainsAt(p, -1, 1, 0), {1.0, 0.0}, "stereo left");
@@ -78,12 +80,12 @@ TEST_F(PannerTest, GainLawWorkedCases) {
 
     placeRig(p, surround714Rig());
     expectRow(gainsAt(p, 0, 0, 0.5), {0, 0, 0, 0, 0.5, 0.5, 0, 0, 0.3536, 0.3536, 0.3536, 0.3536}, "7.1.4 middle");
-    destroyPanner(p);
+    destroy(p);
 }
 
-TEST_F(PannerTest, GainRowsForTheLfeInputAndSilentSpeakers) {
+TEST_F(GainMatrixTest, GainRowsForTheLfeInputAndSilentSpeakers) {
     countAnswer = 6;
-    SurroundPanner* p = createPanner();
+    SurroundPanner* p = make();
     placeRig(p, surround51Rig());
     p->channelOptions |= CHANNEL_OPTION_LFE_INPUT;
     inputRecords(p)[3].lfeSend = 0.25;
@@ -101,5 +103,5 @@ TEST_F(PannerTest, GainRowsForTheLfeInputAndSilentSpeakers) {
     std::vector<double> row = gainsAt(p, 1, 1, 0);
     EXPECT_NEAR(row[99], 1.0, 1e-12);
     EXPECT_NEAR(std::accumulate(row.begin(), row.end(), 0.0), 1.0, 1e-12);
-    destroyPanner(p);
+    destroy(p);
 }

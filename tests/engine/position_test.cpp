@@ -8,6 +8,8 @@
 #include "layouts/layouts.h"
 #include "support/panner_fixture.h"
 
+struct PositionTest : PannerFixture {};
+
 namespace {
 
 void place(SurroundPanner* p, int i, double x, double y, double z) {
@@ -19,9 +21,9 @@ void place(SurroundPanner* p, int i, double x, double y, double z) {
 
 }  // namespace
 
-TEST_F(PannerTest, GroupEditsPushAgainstWallsAndComeBackInShape) {
+TEST_F(PositionTest, GroupEditsPushAgainstWallsAndComeBackInShape) {
     countAnswer = 3;
-    SurroundPanner* p = createPanner();
+    SurroundPanner* p = make();
     applyLayout(p, 1);
     p->uiFlags |= FLAG_EDIT_ALL | FLAG_IGNORE_REVERSE;
     place(p, 0, 0.9, 0, 0);
@@ -78,12 +80,12 @@ TEST_F(PannerTest, GroupEditsPushAgainstWallsAndComeBackInShape) {
     EXPECT_EQ(inputRecords(p)[0].posX, -0.25);
     centerGroup(p, EDIT_LEFT_RIGHT);
     EXPECT_EQ(inputRecords(p)[1].posX, 0.0);
-    destroyPanner(p);
+    destroy(p);
 }
 
-TEST_F(PannerTest, ZShapesCirclesAndTheLfeInput) {
+TEST_F(PositionTest, ZShapesCirclesAndTheLfeInput) {
     countAnswer = 6;
-    SurroundPanner* p = createPanner();
+    SurroundPanner* p = make();
     EXPECT_EQ(zFromShape(ZSHAPE_DOME_UP, 0, 0), 1.0);
     EXPECT_EQ(zFromShape(ZSHAPE_DOME_UP, 1, 0), 0.0);
     EXPECT_EQ(zFromShape(ZSHAPE_DOME_DOWN, 0, 0), 0.0);
@@ -119,5 +121,5 @@ TEST_F(PannerTest, ZShapesCirclesAndTheLfeInput) {
     moveGroup(p, EDIT_REAR_FRONT, 0.3);
     EXPECT_EQ(inputRecords(p)[3].posY, 0.2);
     EXPECT_NEAR(inputRecords(p)[2].posY, std::fmin(1.0, 0.3 + inputRecords(p)[2].editStartY), 1e-12);
-    destroyPanner(p);
+    destroy(p);
 }

@@ -4,10 +4,13 @@
 #include <numbers>
 
 #include "engine/records.h"
+#include "shell/entry.h"
 #include "shell/panner.h"
 #include "support/panner_fixture.h"
 
-TEST(RecordsTest, NewInputDefaultsByIndex) {
+struct RecordsTest : PannerFixture {};
+
+TEST_F(RecordsTest, NewInputDefaultsByIndex) {
     PanInput in;
     newInputRecord(&in, 1);
     EXPECT_EQ(in.reverseX, 1);
@@ -37,7 +40,7 @@ TEST(RecordsTest, NewInputDefaultsByIndex) {
     EXPECT_EQ(std::string(name).size(), 63u) << "names stay NUL-terminated within 64 bytes";
 }
 
-TEST(RecordsTest, PolarAndSphericalPairs) {
+TEST_F(RecordsTest, PolarAndSphericalPairs) {
     Polar o = polarFromXY(0.0, 0.0, 0.3);
     EXPECT_EQ(o.radius, 0.0);
     EXPECT_EQ(o.angle, 0.0);
@@ -65,9 +68,9 @@ TEST(RecordsTest, PolarAndSphericalPairs) {
     EXPECT_EQ(zero.length, 0.0);
 }
 
-TEST_F(PannerTest, SoloTestsSkipTheLfeInputAndVacantSpeakers) {
+TEST_F(RecordsTest, SoloTestsSkipTheLfeInputAndVacantSpeakers) {
     countAnswer = 6;
-    SurroundPanner* p = createPanner();
+    SurroundPanner* p = make();
     ASSERT_GE(inputCount(p), 4);
     ASSERT_GE(speakerCount(p), 2);
     EXPECT_FALSE(anyInputSolo(p));
@@ -84,5 +87,5 @@ TEST_F(PannerTest, SoloTestsSkipTheLfeInputAndVacantSpeakers) {
     EXPECT_FALSE(anySpeakerSolo(p));
     speakerRecords(p)[1].vacant = 0;
     EXPECT_TRUE(anySpeakerSolo(p));
-    destroyPanner(p);
+    destroy(p);
 }

@@ -3,8 +3,10 @@
 #include "support/panner_fixture.h"
 #include "support/speaker_rigs.h"
 
-TEST_F(PannerTest, ClassifiesTheFiveOneLayout) {
-    SurroundPanner* p = createPanner();
+struct SpeakerAnalysisTest : PannerFixture {};
+
+TEST_F(SpeakerAnalysisTest, ClassifiesTheFiveOneLayout) {
+    SurroundPanner* p = make();
     placeRig(p, surround51Rig());
     const PanSpeaker* s = speakerRecords(p);
     EXPECT_EQ(s[0].flags, SPK_LEFT | SPK_FRONT | SPK_EXACT);
@@ -23,11 +25,11 @@ TEST_F(PannerTest, ClassifiesTheFiveOneLayout) {
     s = speakerRecords(p);
     EXPECT_EQ(s[4].flags, SPK_LEFT | SPK_YMID | SPK_EXACT | SPK_SIDEGROUP | SPK_EDGEPAIR);
     EXPECT_EQ(s[2].flags & SPK_EDGEPAIR, 0u);
-    destroyPanner(p);
+    destroy(p);
 }
 
-TEST_F(PannerTest, SpeakersOffTheGridAreBentOntoIt) {
-    SurroundPanner* p = createPanner();
+TEST_F(SpeakerAnalysisTest, SpeakersOffTheGridAreBentOntoIt) {
+    SurroundPanner* p = make();
     // A speaker beside the left front one is inside its quadrant: a front centre speaker.
     placeRig(p, {at(-1, 1), at(1, 1), at(-0.5, 1)});
     const PanSpeaker* s = speakerRecords(p);
@@ -61,11 +63,11 @@ TEST_F(PannerTest, SpeakersOffTheGridAreBentOntoIt) {
     EXPECT_EQ(p->warpActive, 1);
     EXPECT_EQ(speakerRecords(p)[0].warpX, -1.0);
     EXPECT_EQ(speakerRecords(p)[4].warpY, -1.0);
-    destroyPanner(p);
+    destroy(p);
 }
 
-TEST_F(PannerTest, ReachTablesAndInfluence) {
-    SurroundPanner* p = createPanner();
+TEST_F(SpeakerAnalysisTest, ReachTablesAndInfluence) {
+    SurroundPanner* p = make();
     placeRig(p, stereoRig());
     buildReachTables(p);
     const PanSpeaker& left = speakerRecords(p)[0];
@@ -96,5 +98,5 @@ TEST_F(PannerTest, ReachTablesAndInfluence) {
     speakerRecords(p)[2].influence = 0.0;
     buildReachTables(p);
     EXPECT_EQ(speakerRecords(p)[2].reachNeg[0][0], 0.0);
-    destroyPanner(p);
+    destroy(p);
 }

@@ -3,7 +3,7 @@
 #include "foundation/bitmap.h"
 #include "support/memory_bitmap.h"
 
-TEST(SubBitmapTest, EmptyWhenOutsideTheParentOrWithoutOne) {
+TEST(BitmapTest, EmptyWhenOutsideTheParentOrWithoutOne) {
     MemoryBitmap parent(120, 100);
     MIRQ_SubBitmap beyondRight(&parent, 120, 10, 30, 30);
     EXPECT_EQ(beyondRight.width(), 0);
@@ -29,7 +29,7 @@ TEST(SubBitmapTest, EmptyWhenOutsideTheParentOrWithoutOne) {
     EXPECT_EQ(orphan.deviceContext(), nullptr);
 }
 
-TEST(SubBitmapTest, ClipsToTheParentAndPointsIntoIt) {
+TEST(BitmapTest, ClipsToTheParentAndPointsIntoIt) {
     MemoryBitmap parent(120, 120, 0, false, 8);
     MIRQ_SubBitmap view(&parent, 50, 50, 100, 100);
     EXPECT_EQ(view.width(), 70);
@@ -50,7 +50,7 @@ TEST(SubBitmapTest, ClipsToTheParentAndPointsIntoIt) {
     EXPECT_EQ(nested.pixels(), &parent.pixel(110, 55));
 }
 
-TEST(SubBitmapTest, ScaledParentOffsetsInStoredPixels) {
+TEST(BitmapTest, ScaledParentOffsetsInStoredPixels) {
     MemoryBitmap parent(60, 60, 512);
     MIRQ_SubBitmap view(&parent, 10, 20, 100, 15);
     EXPECT_EQ(view.width(), 50) << "the size stays logical";
@@ -62,7 +62,7 @@ TEST(SubBitmapTest, ScaledParentOffsetsInStoredPixels) {
     EXPECT_EQ(bitmapScale(nullptr), 0);
 }
 
-TEST(SubBitmapTest, FlippedParentStartsAtTheViewsLastRow) {
+TEST(BitmapTest, FlippedParentStartsAtTheViewsLastRow) {
     MemoryBitmap parent(100, 80, 0, true);
     MIRQ_SubBitmap view(&parent, 10, 20, 30, 15);
     EXPECT_TRUE(view.flipped());
@@ -71,7 +71,7 @@ TEST(SubBitmapTest, FlippedParentStartsAtTheViewsLastRow) {
     EXPECT_EQ(view.pixels() + 14 * view.rowSpan(), &parent.pixel(10, 20)) << "the view's top row is the parent's row 20";
 }
 
-TEST(WrapperBitmapTest, DescribesPixelsWithoutOwningOrScalingThem) {
+TEST(BitmapTest, DescribesPixelsWithoutOwningOrScalingThem) {
     uint32_t pixels[12] = {};
     MIRQ_WrapperBitmap wrapper;
     EXPECT_EQ(wrapper.pixels(), nullptr) << "a new wrapper describes no pixels";

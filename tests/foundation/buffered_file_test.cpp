@@ -73,7 +73,7 @@ void openForTest(BufferedFileWriter* w, const std::string& path, const AsyncWrit
 
 }  // namespace
 
-TEST(BufferedFileWriterTest, WholeBuffersGoOutAtOnceAndTheRestOnClose) {
+TEST(BufferedFileTest, WholeBuffersGoOutAtOnceAndTheRestOnClose) {
     TempDir dir;
     BufferedFileWriter w;
 
@@ -104,7 +104,7 @@ TEST(BufferedFileWriterTest, WholeBuffersGoOutAtOnceAndTheRestOnClose) {
     EXPECT_EQ(w.handle, FILE_HANDLE_NONE);
 }
 
-TEST(BufferedFileWriterTest, AbortedWritesGoAgainToTheSameOffsets) {
+TEST(BufferedFileTest, AbortedWritesGoAgainToTheSameOffsets) {
     TempDir dir;
     // 40 buffers and a bit, in pieces that straddle buffer ends, through a disk that aborts
     // every third write and keeps every second poll waiting.
@@ -140,7 +140,7 @@ TEST(BufferedFileWriterTest, AbortedWritesGoAgainToTheSameOffsets) {
     EXPECT_EQ(disk.starts.size(), sizeAt.size() + size_t(disk.aborts));
 }
 
-TEST(BufferedFileWriterTest, FilesMatchAroundEveryBufferEnd) {
+TEST(BufferedFileTest, FilesMatchAroundEveryBufferEnd) {
     TempDir dir;
     std::vector<char> bytes = pattern(18 * 8192 + 1);
     for (int buffers = 0; buffers <= 17; buffers++)
@@ -159,7 +159,7 @@ TEST(BufferedFileWriterTest, FilesMatchAroundEveryBufferEnd) {
         }
 }
 
-TEST(BufferedFileWriterTest, PlainModeAppendAndFailures) {
+TEST(BufferedFileTest, PlainModeAppendAndFailures) {
     TempDir dir;
     std::string path = dir.file("log");
     BufferedFileWriter w;
@@ -191,7 +191,7 @@ TEST(BufferedFileWriterTest, PlainModeAppendAndFailures) {
     bufferedWriterClose(&w);
 }
 
-TEST(BufferedFileReaderTest, BlocksOfTheFileAndItsEnd) {
+TEST(BufferedFileTest, BlocksOfTheFileAndItsEnd) {
     TempDir dir;
     char block[READ_BLOCK_SIZE];
     BufferedFileReader r;
@@ -240,7 +240,7 @@ TEST(BufferedFileReaderTest, BlocksOfTheFileAndItsEnd) {
     bufferedWriterClose(&w);
 }
 
-TEST(BufferedFileReaderTest, FirstReadsAreStaggeredReaderByReader) {
+TEST(BufferedFileTest, FirstReadsAreStaggeredReaderByReader) {
     TempDir dir;
     dir.write("big", std::string(100000, 'x'));
     char block[READ_BLOCK_SIZE];
@@ -266,7 +266,7 @@ TEST(BufferedFileReaderTest, FirstReadsAreStaggeredReaderByReader) {
     }
 }
 
-TEST(FileNameTest, Utf8TestAndLongNameForm) {
+TEST(BufferedFileTest, Utf8TestAndLongNameForm) {
     EXPECT_FALSE(looksLikeUtf8(nullptr));
     EXPECT_FALSE(looksLikeUtf8(""));
     EXPECT_FALSE(looksLikeUtf8("plain/name.txt"));
@@ -295,7 +295,7 @@ TEST(FileNameTest, Utf8TestAndLongNameForm) {
     EXPECT_EQ(form(L"\\\\server/share/" + tail, 5), L"\\\\server/share/" + tail) << "no room: unchanged";
 }
 
-TEST(FileNameTest, LongNamesOpenAndMove) {
+TEST(BufferedFileTest, LongNamesOpenAndMove) {
     TempDir dir;
     // Past 256 characters in all; forward slashes throughout, as a caller may write them.
     std::string folder = dir.path.generic_string();

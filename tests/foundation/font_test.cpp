@@ -7,6 +7,7 @@
 #include "foundation/bitmap.h"
 #include "foundation/font.h"
 #include "foundation/host_api.h"
+#include "shell/entry.h"
 #include "shell/panner.h"
 #include "support/memory_bitmap.h"
 #include "support/panner_fixture.h"
@@ -84,18 +85,18 @@ FontDescription description(int height, int width) {
     return d;
 }
 
-struct FontTest : PannerTest {
+struct FontTest : PannerFixture {
     FontLog log;
     TextScaleBitmap bitmap;
     void SetUp() override {
-        PannerTest::SetUp();
+        PannerFixture::SetUp();
         fontLog = &log;
         hostApi.MIRQ_CreateFont = makeLoggingFont;
     }
     void TearDown() override {
         releaseLabelFont();
         fontLog = nullptr;
-        PannerTest::TearDown();
+        PannerFixture::TearDown();
     }
     // Draws "x" at a text scale and gives the lines this logged.
     std::vector<std::string> drawAt(MIRQ_IFont* font, int scale, int flags = 0) {
@@ -213,8 +214,8 @@ TEST_F(FontTest, OtherFlagsForgetTheHeightsButKeepTheObjects) {
 }
 
 TEST_F(FontTest, LabelFontIsSharedAndGoesWithTheLastInstance) {
-    SurroundPanner* a = createPanner();
-    SurroundPanner* b = createPanner();
+    SurroundPanner* a = make();
+    SurroundPanner* b = make();
     MIRQ_IFont* font = labelFont();
     ASSERT_NE(font, nullptr);
     EXPECT_EQ(labelFont(), font);
@@ -224,14 +225,14 @@ TEST_F(FontTest, LabelFontIsSharedAndGoesWithTheLastInstance) {
     EXPECT_STREQ(cache->logFont.faceName, "Arial");
     EXPECT_EQ(cache->setBackMode(MIRQ_BACK_TRANSPARENT), MIRQ_BACK_TRANSPARENT);
 
-    destroyPanner(a);
+    destroy(a);
     EXPECT_EQ(log.destroyed, 0);
-    destroyPanner(b);
+    destroy(b);
     EXPECT_EQ(log.destroyed, 1) << "the last instance takes the host font objects with it";
 
-    SurroundPanner* c = createPanner();
+    SurroundPanner* c = make();
     EXPECT_EQ(drawAt(labelFont(), 256)[0], "font2 assign 12/0 0x200") << "a later instance gets a new font";
-    destroyPanner(c);
+    destroy(c);
     EXPECT_EQ(log.destroyed, 2);
 }
 

@@ -37,7 +37,7 @@ bool useCommaLocale(const TempDir& dir) {
 
 }  // namespace
 
-TEST(FloatTextTest, SameDigitsEverywhereWithoutTrailingZeros) {
+TEST(LineFormatTest, SameDigitsEverywhereWithoutTrailingZeros) {
     EXPECT_EQ(fmt("%.3f", 0.1), "0.1");
     EXPECT_EQ(fmt("%.3f", 2.5), "2.5");
     EXPECT_EQ(fmt("%.3f", 1.0), "1");

@@ -127,7 +127,7 @@ TEST(StateStreamTest, MemoryAndQueueVariants) {
     EXPECT_EQ(stateQueueCopy(queue, copy.data(), 5), 5);
 }
 
-TEST(StreamBlocksTest, Base64AndTextRoundTrips) {
+TEST(StateStreamTest, Base64AndTextRoundTrips) {
     TempDir dir;
     std::vector<unsigned char> data(700);
     for (size_t i = 0; i < data.size(); i++) data[i] = (unsigned char)(i * 37 + 11);
@@ -181,7 +181,7 @@ TEST(StreamBlocksTest, Base64AndTextRoundTrips) {
     EXPECT_EQ(fileLines.find("\r\n", 13) - 13, 128u);
 }
 
-TEST(StreamBlocksTest, NestedBlocksBadCharactersAndEarlyEnds) {
+TEST(StateStreamTest, NestedBlocksBadCharactersAndEarlyEnds) {
     const char lines[] = "QUJD\0<NESTED\0 ignored\0\"<QUOTED\0'>\0>\0REVG!ignored\0>\0after\0";
     Stream m(createStateMemory(lines, sizeof lines - 1, STATE_MEMORY_READ));
     GrowBuffer got;

@@ -3,12 +3,13 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
-#include <vector>
 
 #include "engine/audio_block.h"
 #include "fuzz_host.h"
+#include "shell/entry.h"
 #include "shell/panner.h"
 #include "shell/state_chunk.h"
+#include "support/audio_run.h"
 
 namespace {
 
@@ -36,18 +37,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
     // Buffers for the counts the effect shows now; the first block takes the loaded counts.
     constexpr int FRAMES = 64;
+    AudioRun run(e);
     for (int block = 0; block < 2; block++) {
-        int ins = e->numInputs, outs = e->numOutputs;
-        if (ins > 256 || outs > 256) break;  // a block this wide costs the fuzzer time, not coverage
-        std::vector<std::vector<double>> in(size_t(ins), std::vector<double>(FRAMES, 0.5));
-        std::vector<std::vector<double>> out(size_t(outs), std::vector<double>(FRAMES, 0.0));
-        std::vector<double*> ip, op;
-        for (auto& b : in) ip.push_back(b.data());
-        for (auto& b : out) op.push_back(b.data());
-        e->processDoubleReplacing(e, ip.data(), op.data(), FRAMES);
-        for (auto& b : out)
-            for (double v : b)
-                if (!std::isfinite(v)) std::abort();
+        if (e->numInputs > 256 || e->numOutputs > 256) break;  // a block this wide costs the fuzzer time, not coverage
+        for (const auto& b : run.block(FRAMES, [](int, long long) { return 0.5; }))
+            for (int k = 0; k < FRAMES; k++)
+                if (!std::isfinite(b[size_t(k)])) std::abort();
     }
     e->dispatcher(e, effIdle, 0, 0, nullptr, 0.0f);
     void* saved = nullptr;

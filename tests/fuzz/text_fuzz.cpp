@@ -6,6 +6,7 @@
 #include <string>
 
 #include "fuzz_host.h"
+#include "shell/entry.h"
 #include "shell/panner.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {

@@ -20,7 +20,7 @@ std::unique_ptr<HostBitmap> makeBitmap(int kind, int w, int h) {
 
 int setScale(MIRQ_IBitmap* b, int id, int value) { return b->extended(id, &value); }
 
-TEST(HostBitmapTest, KindsSizesAndScales) {
+TEST(DrawingTest, KindsSizesAndScales) {
     EXPECT_EQ(hostCreateBitmap(2, 10, 10), nullptr);
     EXPECT_EQ(hostCreateBitmap(0, -1, 10), nullptr);
     EXPECT_EQ(hostCreateBitmap(1, 10, HOST_BITMAP_MAX_SIDE + 1), nullptr);
@@ -102,7 +102,7 @@ int measure(MIRQ_IFont* f, const char* text, int flags = 0) {
     return r.right;
 }
 
-TEST(HostFontTest, MeasuresAndDrawsInsideTheRectangle) {
+TEST(DrawingTest, MeasuresAndDrawsInsideTheRectangle) {
     std::unique_ptr<HostFont> font(static_cast<HostFont*>(hostCreateFont()));
     auto b = makeBitmap(HOST_BITMAP_SYSTEM, 80, 24);
     TextRect r = {10, 2, 40, 20};
@@ -153,7 +153,7 @@ TEST(HostFontTest, MeasuresAndDrawsInsideTheRectangle) {
     EXPECT_EQ(b->pixels()[15 * 80 + 79], 0xFF000000u);
 }
 
-TEST(HostFontTest, CacheDrawsLabelsAtTheBitmapsScale) {
+TEST(DrawingTest, CacheDrawsLabelsAtTheBitmapsScale) {
     HostApi saved = hostApi;
     hostApi.MIRQ_CreateFont = hostCreateFont;
     {
@@ -175,7 +175,7 @@ TEST(HostFontTest, CacheDrawsLabelsAtTheBitmapsScale) {
 }
 
 #if !defined(_WIN32)
-TEST(PngTest, LibpngReadsBackEveryPixel) {
+TEST(DrawingTest, LibpngReadsBackEveryPixel) {
     // A picture of more than 64 KiB of rows takes several stored blocks.
     const int w = 301, h = 97, span = 310;
     std::vector<uint32_t> pixels(size_t(span) * h);

@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
+#include <thread>
 
 #include "host/session.h"
 #include "plugin_paths.h"
@@ -40,6 +42,17 @@ TEST(GestureTest, ChangesReachTheHostInsideGestures) {
     refHostClearCalls(s.host);
     e->dispatcher(e, effIdle, 0, 0, nullptr, 0.0f);  // too early: nothing closes
     EXPECT_TRUE(gestureCalls(s.host).empty());
+    std::this_thread::sleep_for(std::chrono::milliseconds(600));
+    e->dispatcher(e, effIdle, 0, 0, nullptr, 0.0f);
+    calls = gestureCalls(s.host);
+    ASSERT_EQ(calls.size(), 2u);
+    EXPECT_EQ(calls[0].opcode, audioMasterEndEdit);
+    EXPECT_EQ(calls[0].index, 6 + 9 + 3) << "input 2's Z closes first";
+    EXPECT_EQ(calls[1].opcode, audioMasterEndEdit);
+    EXPECT_EQ(calls[1].index, 6 + 3);
+    refHostClearCalls(s.host);
+    e->dispatcher(e, effIdle, 0, 0, nullptr, 0.0f);
+    EXPECT_TRUE(gestureCalls(s.host).empty()) << "each gesture closes once";
     sessionClose(&s);
 }
 

@@ -165,7 +165,7 @@ namespace {
 
 // The validator catches each fault of the faulty plugin in the test made for it, and passes the
 // same plugin when it has none.
-TEST(ValidateCommandTest, EachFaultFailsItsTest) {
+TEST(HostCommandsTest, EachFaultFailsItsTest) {
     TempDir dir;
     std::string faulty = q(besideTestProgram(KVP_FAULTY_PLUGIN_FILE));
     struct Case {

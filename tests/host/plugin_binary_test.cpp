@@ -97,7 +97,7 @@ TEST_F(PluginBinaryTest, OpenAsksForIdleAndTheDispatcherAnswers) {
     close(e);
 }
 
-TEST(RefHostTest, FaderCurveIsItsOwnInverse) {
+TEST_F(PluginBinaryTest, FaderCurveIsItsOwnInverse) {
     EXPECT_EQ(hostDbToSlider(-200.0), 0.0);
     EXPECT_EQ(hostDbToSlider(40.0), 1000.0);
     double zero = hostDbToSlider(0.0);
@@ -107,7 +107,7 @@ TEST(RefHostTest, FaderCurveIsItsOwnInverse) {
     for (double pos : {0.0, 1.0, 500.0, 999.0, 1000.0}) EXPECT_NEAR(hostDbToSlider(hostSliderToDb(pos)), pos, 1e-9);
 }
 
-TEST(RefHostTest, ServicesThroughTheLookup) {
+TEST_F(PluginBinaryTest, ServicesThroughTheLookup) {
     RefHost* h = refHostCreate();
     audioMasterCallback cb = refHostCallback(h);
     auto lookup = [&](const char* name) {
@@ -147,7 +147,7 @@ TEST(RefHostTest, ServicesThroughTheLookup) {
 }
 
 #if !defined(_WIN32)
-TEST(KelvaneHostToolTest, InfoReportsAndBadArgumentsExitTwo) {
+TEST_F(PluginBinaryTest, InfoReportsAndBadArgumentsExitTwo) {
     std::string tool = besideTestProgram(KVP_HOST_TOOL_FILE);
     std::string out = besideTestProgram("info-out.txt");
     ASSERT_EQ(std::system((tool + " info " + pluginPath() + " --channels 3 > " + out).c_str()), 0);

@@ -16,6 +16,7 @@
 #include "roomview/overlays.h"
 #include "roomview/paint.h"
 #include "roomview/scene.h"
+#include "shell/entry.h"
 #include "shell/panner.h"
 
 namespace {

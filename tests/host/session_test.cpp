@@ -10,8 +10,8 @@
 #include "foundation/host_api.h"
 #include "host/session.h"
 #include "plugin_paths.h"
-#include "shell/panner.h"
 #include "shell/state_chunk.h"
+#include "support/audio_run.h"
 
 namespace {
 
@@ -22,18 +22,12 @@ bool isLookup(const AudioMasterCall& c) { return c.opcode == HOST_LOOKUP_OPCODE 
 
 // Blocks of a sine on every input; returns the peak of every output.
 std::vector<double> runBlocks(AEffect* e, int blocks, int frames) {
-    std::vector<std::vector<double>> in(size_t(e->numInputs), std::vector<double>(size_t(frames)));
-    std::vector<std::vector<double>> out(size_t(e->numOutputs), std::vector<double>(size_t(frames)));
-    std::vector<double*> ip, op;
-    for (auto& b : in) ip.push_back(b.data());
-    for (auto& b : out) op.push_back(b.data());
-    std::vector<double> peaks(out.size(), 0.0);
+    AudioRun run(e);
+    std::vector<double> peaks(size_t(e->numOutputs), 0.0);
     for (int b = 0; b < blocks; b++) {
-        for (auto& buffer : in)
-            for (int n = 0; n < frames; n++) buffer[size_t(n)] = std::sin(0.05 * (b * frames + n));
-        e->processDoubleReplacing(e, ip.data(), op.data(), frames);
+        const auto& out = run.block(frames, [](int, long long t) { return std::sin(0.05 * double(t)); });
         for (size_t o = 0; o < out.size(); o++)
-            for (double v : out[o]) peaks[o] = std::fmax(peaks[o], std::fabs(v));
+            for (int k = 0; k < frames; k++) peaks[o] = std::fmax(peaks[o], std::fabs(out[o][size_t(k)]));
     }
     return peaks;
 }
@@ -153,24 +147,27 @@ TEST(SessionTest, NewInstancesByChannelCount) {
         std::vector<unsigned char> chunk = sessionSaveState(&s);
         sessionClose(&s);
 
-        // The chunk read back by the core library shows the records.
-        SurroundPanner* p = createPanner();
-        loadState(p, chunk.data(), int32_t(chunk.size()));
-        EXPECT_EQ(p->layoutId, c.layoutId) << c.channels;
-        ASSERT_EQ(speakerCount(p), int(c.names->size())) << c.channels;
-        for (int i = 0; i < speakerCount(p); i++) {
-            EXPECT_EQ(std::string(speakerRecords(p)[i].name), (*c.names)[size_t(i)]) << c.channels << " speaker " << i;
-            EXPECT_EQ(speakerRecords(p)[i].lfe, i == 3 && c.channels > 2) << c.channels << " speaker " << i;
+        // The chunk read back by the core library, as plain data, shows the records.
+        StateChunk state;
+        stateChunkInit(&state);
+        readStateChunk(chunk.data(), int32_t(chunk.size()), &state.head, &state.inputs, &state.speakers);
+        std::vector<PanSpeaker> speakers(state.speakers.data(), state.speakers.data() + state.speakers.size());
+        std::vector<PanInput> inputs(state.inputs.data(), state.inputs.data() + state.inputs.size());
+        stateChunkFree(&state);
+        EXPECT_EQ(state.head.layoutId, c.layoutId) << c.channels;
+        ASSERT_EQ(speakers.size(), c.names->size()) << c.channels;
+        for (size_t i = 0; i < speakers.size(); i++) {
+            EXPECT_EQ(std::string(speakers[i].name), (*c.names)[i]) << c.channels << " speaker " << i;
+            EXPECT_EQ(speakers[i].lfe, i == 3 && c.channels > 2) << c.channels << " speaker " << i;
         }
-        ASSERT_EQ(inputCount(p), c.channels);
-        for (int i = 0; i < inputCount(p); i++) {
-            const PanInput& in = inputRecords(p)[i];
+        ASSERT_EQ(int(inputs.size()), c.channels);
+        for (size_t i = 0; i < inputs.size(); i++) {
+            const PanInput& in = inputs[i];
             EXPECT_EQ(std::string(in.name), "channel " + std::to_string(i + 1));
             EXPECT_EQ(in.posX, 0.0);
             EXPECT_EQ(in.posY, 0.0);
             EXPECT_EQ(in.posZ, 0.0);
             EXPECT_EQ(in.gain, 1.0);
         }
-        destroyPanner(p);
     }
 }

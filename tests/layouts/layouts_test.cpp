@@ -13,6 +13,8 @@
 #include "layouts/naming.h"
 #include "support/panner_fixture.h"
 
+struct LayoutsTest : PannerFixture {};
+
 namespace {
 
 std::vector<std::string> namesOf(const SurroundPanner* p) {
@@ -25,8 +27,8 @@ using Names = std::vector<std::string>;
 
 }  // namespace
 
-TEST_F(PannerTest, BuiltInLayoutsAreNamedFromWhereTheSpeakersStand) {
-    SurroundPanner* p = createPanner();
+TEST_F(LayoutsTest, BuiltInLayoutsAreNamedFromWhereTheSpeakersStand) {
+    SurroundPanner* p = make();
     const Names smpte = {"left front", "right front", "center front", "LFE", "left side", "right side", "left rear",
                          "right rear"};
     struct Case {
@@ -93,10 +95,10 @@ TEST_F(PannerTest, BuiltInLayoutsAreNamedFromWhereTheSpeakersStand) {
     EXPECT_EQ(std::string(speakerRecords(p)[4].name), "right wide");
     EXPECT_EQ(std::string(speakerRecords(p)[5].name), "right side");
     EXPECT_EQ(std::string(speakerRecords(p)[6].name), "overhead");
-    destroyPanner(p);
+    destroy(p);
 }
 
-TEST(LayoutTableTest, LookupsAndDefaults) {
+TEST_F(LayoutsTest, LookupsAndDefaults) {
     struct Case {
         int count, family, id;
     };
@@ -118,9 +120,9 @@ TEST(LayoutTableTest, LookupsAndDefaults) {
     EXPECT_EQ(slotPosition(0, 7).x, -1.0) << "an unknown family reads family 0";
 }
 
-TEST_F(PannerTest, SpeakerCountAndInputPlacement) {
+TEST_F(LayoutsTest, SpeakerCountAndInputPlacement) {
     countAnswer = 6;
-    SurroundPanner* p = createPanner();
+    SurroundPanner* p = make();
     EXPECT_EQ(p->layoutId, 5);
     EXPECT_EQ(setSpeakerCount(p, 7), 7);
     EXPECT_EQ(p->layoutId, 0);
@@ -178,5 +180,5 @@ TEST_F(PannerTest, SpeakerCountAndInputPlacement) {
     EXPECT_EQ(std::string(speakerRecords(p)[1].name), "LFE");
     toggleLfeSpeaker(p);
     EXPECT_EQ(std::string(speakerRecords(p)[1].name), "right front");
-    destroyPanner(p);
+    destroy(p);
 }

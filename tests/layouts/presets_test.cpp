@@ -12,6 +12,8 @@
 #include "support/panner_fixture.h"
 #include "support/temp_dir.h"
 
+struct PresetsTest : PannerFixture {};
+
 namespace {
 
 std::vector<std::string> fileLines(const std::string& text) {
@@ -57,9 +59,9 @@ std::vector<std::string> listed(const std::string& folder) {
 
 }  // namespace
 
-TEST_F(PannerTest, PresetFilesOfBuiltInLayouts) {
+TEST_F(PresetsTest, PresetFilesOfBuiltInLayouts) {
     TempDir dir;
-    SurroundPanner* p = createPanner();
+    SurroundPanner* p = make();
     applyLayout(p, 5);  // "5.1 surround"
     std::string path = dir.file("51.BrasselSpeakerSetup");
     int64_t written = savePresetFile(p, path.c_str());
@@ -91,12 +93,12 @@ TEST_F(PannerTest, PresetFilesOfBuiltInLayouts) {
     applyLayout(p, 1);
     ASSERT_TRUE(loadPresetFile(p, path.c_str()));
     EXPECT_EQ(speakersOf(p), saved);
-    destroyPanner(p);
+    destroy(p);
 }
 
-TEST_F(PannerTest, LoadedSpeakersBecomeACustomSetupNamedFromTheirPlaces) {
+TEST_F(PresetsTest, LoadedSpeakersBecomeACustomSetupNamedFromTheirPlaces) {
     TempDir dir;
-    SurroundPanner* p = createPanner();
+    SurroundPanner* p = make();
     applyLayout(p, 2);  // "Quadraphonic", family 1
     setInputCount(p, 3);
     std::vector<double> inputX;
@@ -132,12 +134,12 @@ TEST_F(PannerTest, LoadedSpeakersBecomeACustomSetupNamedFromTheirPlaces) {
     EXPECT_EQ(p->pendingChannelChange, 3u | 4u << 8) << "the counts the host knew";
     ASSERT_EQ(inputCount(p), 3);
     for (int i = 0; i < 3; i++) EXPECT_EQ(inputRecords(p)[i].posX, inputX[size_t(i)]) << "inputs stay where they were";
-    destroyPanner(p);
+    destroy(p);
 }
 
-TEST_F(PannerTest, PresetReadingSkipsWhatItCannotUse) {
+TEST_F(PresetsTest, PresetReadingSkipsWhatItCannotUse) {
     TempDir dir;
-    SurroundPanner* p = createPanner();
+    SurroundPanner* p = make();
     applyLayout(p, 5);
     std::vector<Snapshot> before = speakersOf(p);
 
@@ -171,10 +173,10 @@ TEST_F(PannerTest, PresetReadingSkipsWhatItCannotUse) {
     EXPECT_EQ(spk[1].posX, 0.0);
     EXPECT_EQ(spk[2].posY, 1.0);
     EXPECT_EQ(spk[3].posX, 1e6) << "the tail of the long line, its first number bounded";
-    destroyPanner(p);
+    destroy(p);
 }
 
-TEST(PresetListTest, ExtensionInAnyCaseAndNoHiddenFiles) {
+TEST_F(PresetsTest, ExtensionInAnyCaseAndNoHiddenFiles) {
     TempDir dir;
     for (const char* name : {"Room A.BrasselSpeakerSetup", "LOUD.BRASSELSPEAKERSETUP", ".hidden.BrasselSpeakerSetup",
                              "notes.txt", "half.BrasselSpeakerSetup.partial", "x.y.brasselspeakersetup"})
@@ -185,7 +187,7 @@ TEST(PresetListTest, ExtensionInAnyCaseAndNoHiddenFiles) {
 }
 
 // The one test that uses the process's own preset folder: it is built once per process.
-TEST_F(PannerTest, PresetsByNameInTheFolderBesideTheIniFile) {
+TEST_F(PresetsTest, PresetsByNameInTheFolderBesideTheIniFile) {
     TempDir dir;
     iniPath = dir.file("host.ini");
     std::string folder = (dir.path / "SpeakerSetups").string();
@@ -202,7 +204,7 @@ TEST_F(PannerTest, PresetsByNameInTheFolderBesideTheIniFile) {
     EXPECT_EQ(presetPath("Hall", path, 10), 0) << "does not fit";
     EXPECT_STREQ(path, "");
 
-    SurroundPanner* p = createPanner();
+    SurroundPanner* p = make();
     applyLayout(p, 5);
     savePreset(p, "Room");
     applyLayout(p, 11);
@@ -250,5 +252,5 @@ TEST_F(PannerTest, PresetsByNameInTheFolderBesideTheIniFile) {
     EXPECT_FALSE(loadPreset(p, "Hall"));
     EXPECT_FALSE(loadPreset(p, "../SpeakerSetups/Hall"));
     EXPECT_EQ(speakerCount(p), 12);
-    destroyPanner(p);
+    destroy(p);
 }

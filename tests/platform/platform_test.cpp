@@ -5,9 +5,10 @@
 #include <thread>
 
 #include "platform/platform.h"
+#include "platform/window.h"
 #include "support/temp_dir.h"
 
-TEST(RecursiveLockTest, SameThreadReentersOtherThreadWaits) {
+TEST(PlatformTest, SameThreadReentersOtherThreadWaits) {
     RecursiveLock lock;
     lockInit(&lock);
     lockEnter(&lock);
@@ -27,7 +28,7 @@ TEST(RecursiveLockTest, SameThreadReentersOtherThreadWaits) {
     lockDestroy(&lock);
 }
 
-TEST(TickCountTest, CountsMilliseconds) {
+TEST(PlatformTest, CountsMilliseconds) {
     uint32_t a = tickCount();
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     uint32_t elapsed = tickCount() - a;  // unsigned difference survives the wrap
@@ -35,7 +36,7 @@ TEST(TickCountTest, CountsMilliseconds) {
     EXPECT_LT(elapsed, 5000u);
 }
 
-TEST(IniProfileTest, ReadsWithoutRegardToCaseAndFallsBack) {
+TEST(PlatformTest, ReadsWithoutRegardToCaseAndFallsBack) {
     TempDir dir;
     std::string path = dir.write("host.ini",
                                  "; comment\n"
@@ -68,7 +69,7 @@ TEST(IniProfileTest, ReadsWithoutRegardToCaseAndFallsBack) {
     EXPECT_EQ(iniReadInt(dir.file("absent.ini").c_str(), "kelvane", "x", 3), 3);
 }
 
-TEST(IniProfileTest, WritingCreatesAndKeepsOtherLines) {
+TEST(PlatformTest, WritingCreatesAndKeepsOtherLines) {
     TempDir dir;
     std::string path = dir.file("new.ini");
     ASSERT_TRUE(iniWriteString(path.c_str(), "kelvane", "panlaw", "-4.5")) << "writing creates the file";
@@ -99,7 +100,7 @@ TEST(IniProfileTest, WritingCreatesAndKeepsOtherLines) {
     EXPECT_EQ(iniReadInt(path.c_str(), "b", "y", 0), 2);
 }
 
-TEST(WindowClassTest, RegistersAndUnregistersByName) {
+TEST(PlatformTest, RegistersAndUnregistersByName) {
     const char* name = "KvpTestClass";
     EXPECT_FALSE(windowClassRegistered(name));
     EXPECT_TRUE(windowClassRegister(name, nullptr));
@@ -110,7 +111,7 @@ TEST(WindowClassTest, RegistersAndUnregistersByName) {
     EXPECT_FALSE(windowClassUnregister(name));
 }
 
-TEST(SystemFontTest, HandleCarriesItsDescription) {
+TEST(PlatformTest, HandleCarriesItsDescription) {
     FontDescription d = {};
     d.height = -17;
     d.width = 6;

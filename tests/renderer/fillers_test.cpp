@@ -34,7 +34,7 @@ constexpr uint32_t BACKGROUND = 0x80204060u;  // alpha 128, red 32, green 64, bl
 
 }  // namespace
 
-TEST(PlainFillerTest, FullOpacityCoversEveryPixelWithTheExactColour) {
+TEST(FillersTest, FullOpacityCoversEveryPixelWithTheExactColour) {
     FullQuad stage(1.0, 0.5, 0.25);
     stage.material.smooth = 0;
     stage.paintOver(0);
@@ -44,7 +44,7 @@ TEST(PlainFillerTest, FullOpacityCoversEveryPixelWithTheExactColour) {
     EXPECT_EQ(stage.count(0xFFFF8040u), 64) << "smooth: 8.24 down to 0..256, 1.0 clamped to 255";
 }
 
-TEST(PlainFillerTest, EachFillModeOnKnownPixels) {
+TEST(FillersTest, EachFillModeOnKnownPixels) {
     FullQuad stage(1.0, 0.5, 0.25);
     Material& m = stage.material;
     m.opacity = 0.5;
@@ -82,7 +82,7 @@ TEST(PlainFillerTest, EachFillModeOnKnownPixels) {
     EXPECT_EQ(stage.paintOver(BACKGROUND), BACKGROUND) << "opacity 0 draws nothing";
 }
 
-TEST(PlainFillerTest, SmoothColourIsInterpolatedAcrossRows) {
+TEST(FillersTest, SmoothColourIsInterpolatedAcrossRows) {
     FullQuad stage(0.0, 0.0, 0.0, 8, 8);
     Face* f = meshFaces(stage.quad);
     stage.material.lit = 1;
@@ -120,7 +120,7 @@ TEST(PlainFillerTest, SmoothColourIsInterpolatedAcrossRows) {
     EXPECT_EQ(stage.bitmap.pixel(7, 3) & 0xFF, 255u);
 }
 
-TEST(PlainFillerTest, DepthTestRejectsEqualDepthAndBlendedFacesDoNotWrite) {
+TEST(FillersTest, DepthTestRejectsEqualDepthAndBlendedFacesDoNotWrite) {
     RenderStage stage(8, 8);
     stage.camera.useDepth = 1;
     stage.camera.sortOrder = 0;  // drawn as added
@@ -148,7 +148,7 @@ TEST(PlainFillerTest, DepthTestRejectsEqualDepthAndBlendedFacesDoNotWrite) {
     EXPECT_EQ(stage.count(0xFF00FF00u), 64) << "blend type 0 ignores the depth buffer";
 }
 
-TEST(PixelBlendTest, TextureBlendModes) {
+TEST(FillersTest, TextureBlendModes) {
     auto blend = [](int mode, int s, int sa, int d, int alpha) {
         int r = d, g = d, b = d, a = d;
         blendPixel(mode, s, s, s, sa, r, g, b, a, alpha, 256 - alpha);
@@ -179,7 +179,7 @@ TEST(PixelBlendTest, TextureBlendModes) {
     EXPECT_EQ(b, 25);
 }
 
-TEST(TextureFillerTest, BilinearWeightsAndWrapAtTheEdges) {
+TEST(FillersTest, BilinearWeightsAndWrapAtTheEdges) {
     // Channels red = green = blue: 0, 100 / 200, 40.
     Texture texture(2, 2, {0xFF000000u, 0xFF646464u, 0xFFC8C8C8u, 0xFF282828u});
     TextureSlot slot = {};
@@ -203,7 +203,7 @@ TEST(TextureFillerTest, BilinearWeightsAndWrapAtTheEdges) {
     EXPECT_EQ(sampleNearest(layer, 0, 0), 0xFFC8C8C8u) << "row 0 of a flipped texture is the last in memory";
 }
 
-TEST(TextureFillerTest, StrengthModesAndOpacity) {
+TEST(FillersTest, StrengthModesAndOpacity) {
     Texture texture(1, 1, {0x40C08020u});
     FullQuad stage(0.5, 0.5, 0.5);
     Material& m = stage.material;
@@ -227,7 +227,7 @@ TEST(TextureFillerTest, StrengthModesAndOpacity) {
         << "a negative strength in the add mode darkens";
 }
 
-TEST(TextureFillerTest, CoordinatesWrapAndRepeat) {
+TEST(FillersTest, CoordinatesWrapAndRepeat) {
     Texture halves(2, 1, {0xFF000000u, 0xFFFFFFFFu});
     FullQuad stage(0, 0, 0, 16, 2);
     Material& m = stage.material;
@@ -257,7 +257,7 @@ TEST(TextureFillerTest, CoordinatesWrapAndRepeat) {
 // A wall receding from depth 1 to 5 on the left of the view, checkered 4 by 4: each pixel shows
 // the square that the ray through it meets, as long as the square does not change within a
 // pixel or so of it.
-TEST(TextureFillerTest, CheckerboardUnderPerspective) {
+TEST(FillersTest, CheckerboardUnderPerspective) {
     const uint32_t B = 0xFF000000u, W = 0xFFFFFFFFu;
     Texture checker(4, 4, {B, W, B, W, W, B, W, B, B, W, B, W, W, B, W, B});
     const int size = 320;
@@ -301,7 +301,7 @@ TEST(TextureFillerTest, CheckerboardUnderPerspective) {
     }
 }
 
-TEST(TextureFillerTest, ColourPlusTextureFollowsTheBlendRule) {
+TEST(FillersTest, ColourPlusTextureFollowsTheBlendRule) {
     // The face's colour at full opacity with one texture added, as the room's walls are drawn:
     // each channel s + (t * strength >> 8), alpha 256 + (ta * strength >> 8), then clamped.
     Texture texel(1, 1, {0});
@@ -329,7 +329,7 @@ TEST(TextureFillerTest, ColourPlusTextureFollowsTheBlendRule) {
     }
 }
 
-TEST(TextureFillerTest, TwoTexturesBlendInTurn) {
+TEST(FillersTest, TwoTexturesBlendInTurn) {
     Texture first(1, 1, {0x80604020u}), second(1, 1, {0xFF4080C0u});
     FullQuad stage(0.5, 0.5, 0.5);
     Material& m = stage.material;

@@ -101,7 +101,7 @@ TEST(GeometryTest, ScaleMeshMovesVerticesOnly) {
     destroyMesh(parent);
 }
 
-TEST(MeshBuildersTest, PlaneGrid) {
+TEST(GeometryTest, PlaneGrid) {
     Material* material = reinterpret_cast<Material*>(0x40);
     Mesh* plane = makePlane(2.0, 1.0, 1, material);
     ASSERT_NE(plane, nullptr);
@@ -134,7 +134,7 @@ TEST(MeshBuildersTest, PlaneGrid) {
     destroyMesh(grid);
 }
 
-TEST(MeshBuildersTest, BoxFacesPointOutwards) {
+TEST(GeometryTest, BoxFacesPointOutwards) {
     Mesh* box = makeBox(2.0, 4.0, 6.0, nullptr);
     ASSERT_EQ(meshVertexCount(box), 8);
     ASSERT_EQ(meshFaceCount(box), 12);
@@ -160,7 +160,7 @@ TEST(MeshBuildersTest, BoxFacesPointOutwards) {
     destroyMesh(box);
 }
 
-TEST(MeshBuildersTest, DiscFanWithTwoDegenerateFaces) {
+TEST(GeometryTest, DiscFanWithTwoDegenerateFaces) {
     Mesh* disc = makeDisc(2.0, 8, nullptr);
     ASSERT_EQ(meshVertexCount(disc), 8);
     ASSERT_EQ(meshFaceCount(disc), 8);
@@ -187,7 +187,7 @@ TEST(MeshBuildersTest, DiscFanWithTwoDegenerateFaces) {
     destroyMesh(empty);
 }
 
-TEST(MeshBuildersTest, SphereOrderAndCounts) {
+TEST(GeometryTest, SphereOrderAndCounts) {
     Mesh* small = makeSphere(1.0, 2, 2, nullptr);
     EXPECT_EQ(meshVertexCount(small), 5) << "2 by 2 counts as 3 by 3";
     EXPECT_EQ(meshFaceCount(small), 6);

@@ -10,7 +10,7 @@
 
 namespace {
 
-struct OverlaysTest : PannerTest {};
+struct OverlaysTest : PannerFixture {};
 
 TEST_F(OverlaysTest, ContrastColourTurnsAtTheWeightedBrightness) {
     EXPECT_EQ(contrastColour(0xFFFFFFFFu), 0xFF000000u);

@@ -32,7 +32,7 @@ struct HostCall {
 
 constexpr int W = 520, H = 520, SMALL_W = 240, SMALL_H = 160;
 
-struct PointerTest : PannerTest {
+struct PointerTest : PannerFixture {
     static inline std::vector<HostCall> calls;
     SurroundPanner* p = nullptr;
     bool captured = false;
@@ -44,7 +44,7 @@ struct PointerTest : PannerTest {
     }
 
     void SetUp() override {
-        PannerTest::SetUp();
+        PannerFixture::SetUp();
         hostCallback = recording;
         p = createPanner();
         ASSERT_TRUE(p);
@@ -58,7 +58,7 @@ struct PointerTest : PannerTest {
     }
     void TearDown() override {
         destroyPanner(p);
-        PannerTest::TearDown();
+        PannerFixture::TearDown();
     }
 
     static int layoutNamed(const char* name) {

@@ -15,16 +15,16 @@
 
 namespace {
 
-struct SceneTest : PannerTest {
+struct SceneTest : PannerFixture {
     SurroundPanner* p = nullptr;
     void SetUp() override {
-        PannerTest::SetUp();
+        PannerFixture::SetUp();
         p = createPanner();
         ASSERT_TRUE(p);
     }
     void TearDown() override {
         destroyPanner(p);
-        PannerTest::TearDown();
+        PannerFixture::TearDown();
     }
     void setMode(int mode) { p->uiFlags = (p->uiFlags & ~UI_VIEW_MODE_MASK) | uint32_t(mode) << UI_VIEW_MODE_SHIFT; }
 };

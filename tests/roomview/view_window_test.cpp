@@ -16,12 +16,12 @@
 
 namespace {
 
-struct ViewWindowTest : PannerTest {
+struct ViewWindowTest : PannerFixture {
     SurroundPanner* p = nullptr;
     HWND dialog = nullptr, view = nullptr;
 
     void SetUp() override {
-        PannerTest::SetUp();
+        PannerFixture::SetUp();
         p = createPanner();
         ASSERT_TRUE(p);
         applyLayout(p, 5);  // 5.1 surround
@@ -40,7 +40,7 @@ struct ViewWindowTest : PannerTest {
         if (view) DestroyWindow(view);
         if (dialog) DestroyWindow(dialog);
         destroyPanner(p);
-        PannerTest::TearDown();
+        PannerFixture::TearDown();
     }
     POINT inputPixel(int i) {
         Camera* c = paneCamera(p, PANE_TOP, 520, 520);

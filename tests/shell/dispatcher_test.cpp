@@ -11,6 +11,7 @@
 #include "engine/records.h"
 #include "layouts/layouts.h"
 #include "shell/dispatcher.h"
+#include "shell/entry.h"
 #include "shell/panner.h"
 #include "shell/parameters.h"
 #include "shell/state_chunk.h"
@@ -30,7 +31,7 @@ std::vector<HostNote> notes;
 
 intptr_t VST_CALL recordingCallback(AEffect* e, int32_t opcode, int32_t index, intptr_t value, void* ptr, float opt) {
     if (opcode == HOST_LOOKUP_OPCODE && index == HOST_LOOKUP_QUERY)
-        return PannerTest::callback(e, opcode, index, value, ptr, opt);
+        return PannerFixture::callback(e, opcode, index, value, ptr, opt);
     HostNote n{opcode, index, value, reinterpret_cast<intptr_t>(ptr), 0, 0};
     if (opcode == audioMasterVendorSpecific && index == HOST_LOOKUP_OPCODE && value == 0 && ptr) {
         std::memcpy(&n.first, ptr, 4);
@@ -40,20 +41,16 @@ intptr_t VST_CALL recordingCallback(AEffect* e, int32_t opcode, int32_t index, i
     return 0;
 }
 
-struct DispatcherTest : PannerTest {
+struct DispatcherTest : PannerFixture {
     SurroundPanner* p = nullptr;
     AEffect* e = nullptr;
 
     void SetUp() override {
-        PannerTest::SetUp();
+        PannerFixture::SetUp();
         hostCallback = recordingCallback;
         notes.clear();
-        p = createPanner();
+        p = make();
         e = &p->effect;
-    }
-    void TearDown() override {
-        if (p) destroyPanner(p);
-        PannerTest::TearDown();
     }
     intptr_t vendor(int32_t index, intptr_t value, void* ptr, float opt = 0.0f) {
         return e->dispatcher(e, effVendorSpecific, index, value, ptr, opt);
@@ -67,6 +64,12 @@ struct DispatcherTest : PannerTest {
         vendor(0x18, reinterpret_cast<intptr_t>(name), const_cast<char*>(text));
     }
     void idle() { e->dispatcher(e, effIdle, 0, 0, nullptr, 0.0f); }
+    std::vector<unsigned char> savedChunk() {
+        void* data = nullptr;
+        intptr_t size = e->dispatcher(e, effGetChunk, 0, 0, &data, 0.0f);
+        const unsigned char* bytes = static_cast<const unsigned char*>(data);
+        return std::vector<unsigned char>(bytes, bytes + size);
+    }
     // The channel-change reports of the last idle calls, other notes left out.
     std::vector<HostNote> channelReports() const {
         std::vector<HostNote> out;
@@ -105,7 +108,7 @@ TEST_F(DispatcherTest, ChannelNoticeTakesALayoutOnceAndParametersWaitForIdle) {
     EXPECT_EQ(r[0].change, 4 * 3);
     EXPECT_EQ(r[1].value, 13);
     EXPECT_EQ(r[1].ptr, countWord(2, 6));
-    EXPECT_EQ(e->numParams, 9 * 2 + 6 + 3 * 6);
+    EXPECT_EQ(e->numParams, 42) << "two inputs and six speakers";
     EXPECT_EQ(p->pendingChannelChange, 0u);
     e->setParameter(e, 6, 1.0f);
     EXPECT_EQ(inputRecords(p)[0].gain, 4.0) << "idle lifted the refusal";
@@ -124,7 +127,7 @@ TEST_F(DispatcherTest, NeitherAStateNorAHandMadeLayoutIsOverridden) {
     EXPECT_EQ(p->pendingChannelChange, 0u);
 
     // The speaker arrangement call: only a larger output count on a built-in layout.
-    SurroundPanner* q = createPanner();
+    SurroundPanner* q = make();
     AEffect* f = &q->effect;
     VstSpeakerArrangement in = {}, out = {};
     out.numChannels = 2;
@@ -137,15 +140,15 @@ TEST_F(DispatcherTest, NeitherAStateNorAHandMadeLayoutIsOverridden) {
     f->dispatcher(f, effSetSpeakerArrangement, 0, reinterpret_cast<intptr_t>(&in), &out, 0.0f);
     EXPECT_EQ(q->layoutId, layoutForChannelCount(8));
     EXPECT_EQ(speakerCount(q), 8);
-    destroyPanner(q);
+    destroy(q);
 
     // A hand-made arrangement only gets its analysis refreshed.
-    SurroundPanner* r = createPanner();
+    SurroundPanner* r = make();
     r->layoutId = 0;
     r->effect.dispatcher(&r->effect, effVendorSpecific, 42, 6, nullptr, 0.0f);
     EXPECT_EQ(speakerCount(r), 2);
     EXPECT_EQ(r->layoutChosenOnce, 1);
-    destroyPanner(r);
+    destroy(r);
 }
 
 TEST_F(DispatcherTest, NamedValuesReadAndWriteTheCounts) {
@@ -334,9 +337,13 @@ TEST_F(DispatcherTest, SetParameterSideEffects) {
     // X of an input, and indices outside the list.
     e->setParameter(e, 7, 0.75f);
     EXPECT_DOUBLE_EQ(inputRecords(p)[0].posX, 0.5);
+    std::vector<unsigned char> before = savedChunk();
+    uint64_t dirty = p->gainsDirtyInputs[0];
     e->setParameter(e, e->numParams, 1.0f);
     e->setParameter(e, -1, 1.0f);
     e->setParameter(nullptr, 0, 1.0f);
+    EXPECT_EQ(savedChunk(), before) << "an index outside the list changes nothing";
+    EXPECT_EQ(p->gainsDirtyInputs[0], dirty);
 
     // The scene: a value moves the group and leaves the scene tick for idle to end the edit.
     e->setParameter(e, 3, 1.0f);

@@ -1,33 +1,33 @@
-// Runs audio blocks through an effect from tests: buffers sized by the effect's counts, inputs
-// filled by a function of (input, absolute sample), outputs kept for inspection.
+// Runs audio blocks through any effect, for the unit tests, the host tests and the fuzz
+// targets: buffers sized by the effect's present counts, inputs filled by a function of
+// (input, absolute sample), outputs kept for inspection.
 #pragma once
 
 #include <functional>
 #include <vector>
 
-#include "engine/audio_block.h"
-#include "engine/instance.h"
+#include "vst/aeffect.h"
 
 struct AudioRun {
-    SurroundPanner* p;
+    AEffect* effect;
     long long clock = 0;
     std::vector<std::vector<double>> in, out;
     std::vector<double*> inPtrs, outPtrs;
 
-    explicit AudioRun(SurroundPanner* panner) : p(panner) {}
+    explicit AudioRun(AEffect* e) : effect(e) {}
 
-    // One block of n samples; returns the outputs.
+    // One block of n samples through processDoubleReplacing; returns the outputs.
     const std::vector<std::vector<double>>& block(int n, const std::function<double(int, long long)>& signal) {
         shape(n);
         for (size_t i = 0; i < in.size(); i++)
             for (int k = 0; k < n; k++) in[i][size_t(k)] = signal(int(i), clock + k);
-        p->effect.processDoubleReplacing(&p->effect, inPtrs.data(), outPtrs.data(), n);
+        effect->processDoubleReplacing(effect, inPtrs.data(), outPtrs.data(), n);
         clock += n;
         return out;
     }
     // Buffers only ever grow, so that running blocks allocates nothing here either.
     void shape(int n) {
-        size_t ni = size_t(p->effect.numInputs), no = size_t(p->effect.numOutputs);
+        size_t ni = size_t(effect->numInputs), no = size_t(effect->numOutputs);
         size_t length = in.empty() && out.empty() ? 0 : (in.empty() ? out[0].size() : in[0].size());
         if (in.size() != ni || out.size() != no || length < size_t(n)) {
             size_t grown = length < size_t(n) ? size_t(n) : length;

@@ -46,7 +46,7 @@ inline std::vector<RigSpeaker> surround714Rig() {
 // Replaces the speakers of p by the rig, with the layout family given, and analyses them.
 inline void placeRig(SurroundPanner* p, const std::vector<RigSpeaker>& rig, int family = 0) {
     LockHold hold(&p->stateLock);
-    growBufferResize(&p->speakers, rig.size() * sizeof(PanSpeaker));
+    p->speakers.resize(int(rig.size()));
     for (size_t i = 0; i < rig.size(); i++) {
         newSpeakerRecord(&speakerRecords(p)[i], rig[i].x, rig[i].y, rig[i].z, rig[i].lfe);
         speakerRecords(p)[i].vacant = rig[i].vacant ? 1 : 0;
