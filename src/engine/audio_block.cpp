@@ -1,5 +1,6 @@
 #include "engine/audio_block.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cmath>
 #include <cstdint>
@@ -78,11 +79,13 @@ bool lockedHead(SurroundPanner* p, BlockHead* h) {
         if (bit(h->dirty, i)) computeInputGains(p, i);
     // The gains the input meters are scaled by.
     const PanInput* in = inputRecords(p);
-    // A strip start from a damaged state may sit near the int limit; anything that far is past
-    // every channel, and held there the meter indices below cannot overflow.
+    // A strip start from a damaged state may sit near either int limit; anything that far is
+    // past every channel or before the first, and held there the meter indices below and the
+    // strip numbers of the mix cannot overflow.
     constexpr int STRIP_START_MAX = INT32_MAX - 2 * METER_STRIPS;
-    h->firstInputStrip = p->firstInputStrip < STRIP_START_MAX ? p->firstInputStrip : STRIP_START_MAX;
-    h->firstSpeakerStrip = p->firstSpeakerStrip < STRIP_START_MAX ? p->firstSpeakerStrip : STRIP_START_MAX;
+    constexpr int STRIP_START_MIN = -2 * METER_STRIPS;
+    h->firstInputStrip = std::clamp(p->firstInputStrip, STRIP_START_MIN, STRIP_START_MAX);
+    h->firstSpeakerStrip = std::clamp(p->firstSpeakerStrip, STRIP_START_MIN, STRIP_START_MAX);
     for (int k = 0; k < METER_STRIPS; k++) {
         int i = h->firstInputStrip + k;
         h->meterGains[k] = (i >= 0 && i < h->nIn) ? sharedLoad(in[i].gain) : 1.0;

@@ -160,3 +160,21 @@ TEST_F(AudioBlockTest, MetersHalveIn75MillisecondsAndNoInputsGiveSilence) {
     EXPECT_EQ(run.out[1][0], 0.0);
     destroy(p);
 }
+
+// A damaged state can put the first metered strip anywhere an int reaches; the block must still
+// mix, and meter nothing that is not a channel.
+TEST_F(AudioBlockTest, StripStartsAtTheIntLimitsMixAndMeterNothing) {
+    countAnswer = 2;
+    for (int32_t start : {INT32_MIN, INT32_MIN + 1, INT32_MAX}) {
+        SurroundPanner* p = make();
+        placeRig(p, stereoRig());
+        p->firstInputStrip = start;
+        p->firstSpeakerStrip = start;
+        AudioRun run(&p->effect);
+        run.block(64, constantOne);
+        run.block(64, constantOne);
+        EXPECT_GT(std::fabs(run.out[0][63]) + std::fabs(run.out[1][63]), 0.0) << start;
+        for (double peak : p->meterPeaks) EXPECT_EQ(peak, 0.0) << start;
+        destroy(p);
+    }
+}
