@@ -14,14 +14,9 @@
 #include "engine/speaker_analysis.h"
 #include "shell/entry.h"
 #include "shell/panner.h"
+#include "thread_time.h"
 
 namespace {
-
-double threadSeconds() {
-    timespec t;
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
-    return double(t.tv_sec) + double(t.tv_nsec) * 1e-9;
-}
 
 // A panner with the given counts: speakers spread over both layers of the room, inputs spread
 // over the floor, every input at a distinct place.

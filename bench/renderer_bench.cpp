@@ -19,14 +19,9 @@
 #include "shell/panner.h"
 #include "shell/theme.h"
 #include "support/memory_bitmap.h"
+#include "thread_time.h"
 
 namespace {
-
-double threadSeconds() {
-    timespec t;
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
-    return double(t.tv_sec) + double(t.tv_nsec) * 1e-9;
-}
 
 struct RoomScene {
     MemoryBitmap frame{1040, 1040};

@@ -23,14 +23,9 @@
 #include "roomview/scene.h"
 #include "shell/entry.h"
 #include "shell/panner.h"
+#include "thread_time.h"
 
 namespace {
-
-double threadSeconds() {
-    timespec t;
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
-    return double(t.tv_sec) + double(t.tv_nsec) * 1e-9;
-}
 
 struct PaintedRoom {
     RefHost* host = refHostCreate();

@@ -20,6 +20,7 @@
 #include "layouts/layouts.h"
 #include "engine/records.h"
 #include "engine/parameter_map.h"
+#include "thread_time.h"
 
 namespace {
 
@@ -28,12 +29,6 @@ constexpr double RATE = 48000.0;
 constexpr int SAMPLES_PER_TURN = 1 << 16;  // each turn of each plugin covers this much audio
 constexpr const char* LAYOUT = "9.1.6 surround";
 constexpr const char* PEER_FOLDER = "/usr/lib/x86_64-linux-gnu/iem-plugin-suite/vst";
-
-double threadSeconds() {
-    timespec t;
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
-    return double(t.tv_sec) + 1e-9 * double(t.tv_nsec);
-}
 
 double median(std::vector<double> v) {
     std::sort(v.begin(), v.end());
