@@ -3,8 +3,9 @@
 
 #include <windows.h>
 
-#include "hostservices/controls.h"
 #include "host/png.h"
+#include "hostservices/controls.h"
+#include "platform/dib_win32.h"
 
 namespace {
 
@@ -101,13 +102,7 @@ std::vector<unsigned char> editorHostCapture(EditorHost* h) {
     int w = client.right, ht = client.bottom;
     if (w < 1 || ht < 1) return {};
 
-    BITMAPINFO info{};
-    info.bmiHeader.biSize = sizeof info.bmiHeader;
-    info.bmiHeader.biWidth = w;
-    info.bmiHeader.biHeight = -ht;
-    info.bmiHeader.biPlanes = 1;
-    info.bmiHeader.biBitCount = 32;
-    info.bmiHeader.biCompression = BI_RGB;
+    BITMAPINFO info = dibInfo32(w, ht);
     void* bits = nullptr;
     HDC screen = GetDC(nullptr);
     HDC memory = CreateCompatibleDC(screen);

@@ -14,6 +14,7 @@
 
 #include "foundation/bitmap.h"
 #include "foundation/button_skin.h"
+#include "platform/dib_win32.h"
 
 namespace {
 
@@ -281,13 +282,7 @@ void paintButton(HWND window, HDC dc, Control* c) {
     int logicalW = std::max(1, bitmap->width());
     storedH = bitmap->height() * storedW / logicalW;
     int frameW = storedW / 3;
-    BITMAPINFO info{};
-    info.bmiHeader.biSize = sizeof info.bmiHeader;
-    info.bmiHeader.biWidth = storedW;
-    info.bmiHeader.biHeight = bitmap->flipped() ? storedH : -storedH;
-    info.bmiHeader.biPlanes = 1;
-    info.bmiHeader.biBitCount = 32;
-    info.bmiHeader.biCompression = BI_RGB;
+    BITMAPINFO info = dibInfo32(storedW, storedH, !bitmap->flipped());
     SetStretchBltMode(dc, HALFTONE);
     StretchDIBits(dc, 0, 0, r.right, r.bottom, c->state.frame * frameW, 0, frameW, storedH, pixels, &info,
                   DIB_RGB_COLORS, SRCCOPY);

@@ -5,11 +5,11 @@
 #include <new>
 #include <vector>
 
-#if defined(_WIN32)
-#include <windows.h>
-#endif
-
 #include "hostservices/font_face.h"
+
+#if defined(_WIN32)
+#include "platform/dib_win32.h"
+#endif
 
 // ---- bitmaps ----
 
@@ -47,13 +47,7 @@ static bool allocatePixels(HostBitmap* b, int w, int h, int scale) {
     if (sw > 0 && sh > 0) {
 #if defined(_WIN32)
         if (b->kind == HOST_BITMAP_SYSTEM) {
-            BITMAPINFO info = {};
-            info.bmiHeader.biSize = sizeof info.bmiHeader;
-            info.bmiHeader.biWidth = sw;
-            info.bmiHeader.biHeight = -sh;  // top-down rows
-            info.bmiHeader.biPlanes = 1;
-            info.bmiHeader.biBitCount = 32;
-            info.bmiHeader.biCompression = BI_RGB;
+            BITMAPINFO info = dibInfo32(sw, sh);  // top-down rows
             void* dibBits = nullptr;
             dib = CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &dibBits, nullptr, 0);
             dc = dib ? CreateCompatibleDC(nullptr) : nullptr;

@@ -7,6 +7,8 @@
 #include <cstring>
 #include <string>
 
+#include "platform/dib_win32.h"
+
 struct FontFace {
     HDC dc;
     HGDIOBJ previousFont;
@@ -59,13 +61,7 @@ void fontFaceMeasure(FontFace* f, const char* text, int count, int dtFlags, int*
 int fontFaceRender(FontFace* f, const char* text, int count, int dtFlags, const TextRect& box, uint8_t* mask,
                    int maskWidth, int maskHeight) {
     if (maskWidth <= 0 || maskHeight <= 0) return 0;
-    BITMAPINFO info = {};
-    info.bmiHeader.biSize = sizeof info.bmiHeader;
-    info.bmiHeader.biWidth = maskWidth;
-    info.bmiHeader.biHeight = -maskHeight;  // top-down, as the mask
-    info.bmiHeader.biPlanes = 1;
-    info.bmiHeader.biBitCount = 32;
-    info.bmiHeader.biCompression = BI_RGB;
+    BITMAPINFO info = dibInfo32(maskWidth, maskHeight);  // top-down, as the mask
     void* bits = nullptr;
     HBITMAP dib = CreateDIBSection(f->dc, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
     if (!dib || !bits) return 0;

@@ -6,6 +6,7 @@
 #include "foundation/host_api.h"
 #include "foundation/localize.h"
 #include "foundation/theme_colours.h"
+#include "platform/dib_win32.h"
 #include "roomview/overlays.h"
 #include "roomview/paint.h"
 #include "roomview/pointer.h"
@@ -60,13 +61,7 @@ HBITMAP shapePicture(int shape) {
     const uint32_t face = dialogFaceColour();
     hostApi.MIRQ_Clear(b, int(face | 0xFF000000u));
     drawShapePicture(b, 0, 0, shape, contrastColour(face));
-    BITMAPINFO info = {};
-    info.bmiHeader.biSize = sizeof info.bmiHeader;
-    info.bmiHeader.biWidth = MENU_PICTURE_SIDE;
-    info.bmiHeader.biHeight = -MENU_PICTURE_SIDE;
-    info.bmiHeader.biPlanes = 1;
-    info.bmiHeader.biBitCount = 32;
-    info.bmiHeader.biCompression = BI_RGB;
+    BITMAPINFO info = dibInfo32(MENU_PICTURE_SIDE, MENU_PICTURE_SIDE);
     void* bits = nullptr;
     HBITMAP dib = CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
     if (dib && bits) {
