@@ -368,7 +368,7 @@ int commandRender(int argc, char** argv, const char* defaultPlugin) {
     if (!problem.empty()) return fail(problem);
     if (o.plugin.empty()) o.plugin = defaultPlugin;
 
-    // 1. No output may be one of the inputs, nor the two outputs one file.
+    // No output may be one of the inputs, nor the two outputs one file.
     std::string error;
     const std::vector<NamedInput> inputs = {{"the input", o.input},         {"--state", o.state},
                                             {"--automation", o.automation}, {"--preset", o.preset},
@@ -378,7 +378,7 @@ int commandRender(int argc, char** argv, const char* defaultPlugin) {
         !outputDiffersFromInputs(o.saveState, std::vector<NamedInput>(inputs.begin(), inputs.end() - 1), &error))
         return fail(error);
 
-    // 2. The input file: its channels, its mask, and whether its data is all there.
+    // The input file: its channels, its mask, and whether its data is all there.
     SF_INFO info = {};
     run.in = sf_open(o.input.c_str(), SFM_READ, &info);
     if (!run.in) return fail(o.input + ": cannot read audio: " + sf_strerror(nullptr));
@@ -391,7 +391,7 @@ int commandRender(int argc, char** argv, const char* defaultPlugin) {
     int layoutId = -1;
     if (!o.layout.empty() && (layoutId = layoutFromOption(o.layout, &error)) < 0) return fail(error);
 
-    // 3. The plugin, as it declares itself.
+    // The plugin, as it declares itself.
     if (!sessionOpen(&run.session, o.plugin.c_str(), channels, nullptr, double(info.samplerate), &error)) return fail(error);
     PluginSession* s = &run.session;
     AEffect* e = s->effect;
@@ -401,7 +401,7 @@ int commandRender(int argc, char** argv, const char* defaultPlugin) {
     if (!protocol && (layoutId >= 0 || !o.preset.empty()))
         return fail(std::string(layoutId >= 0 ? "--layout" : "--preset") + ": the plugin has no speakers to set");
 
-    // 4. The state, the speakers and the inputs.
+    // The state, the speakers and the inputs.
     std::vector<std::string> notes;
     if (!o.state.empty()) {
         std::vector<unsigned char> chunk;
@@ -449,7 +449,7 @@ int commandRender(int argc, char** argv, const char* defaultPlugin) {
         notes.push_back("inputs " + std::to_string(channels + 1) + " to " + std::to_string(fileInputs) + " get silence (" +
                         o.input + " has " + plural(channels, "channel") + ")");
 
-    // 5. Parameter values, each checked before the plugin sees it.
+    // Parameter values, each checked before the plugin sees it.
     std::vector<std::string> names;
     for (int i = 0; i < e->numParams; i++) names.push_back(sessionParameterName(s, i));
     for (const std::string& set : o.sets) {
@@ -470,7 +470,7 @@ int commandRender(int argc, char** argv, const char* defaultPlugin) {
     }
     e->dispatcher(e, effIdle, 0, 0, nullptr, 0.0f);
 
-    // 6. The outputs: the plugin's own count, or the first --outputs of them. This project's
+    // The outputs: the plugin's own count, or the first --outputs of them. This project's
     // plugin names its counts, which may run ahead of the AEffect's until the host has followed a
     // change; the buffers cover both.
     const int pluginOutputs = protocol ? std::max(e->numOutputs, sessionSpeakerCount(s)) : e->numOutputs;
@@ -506,7 +506,7 @@ int commandRender(int argc, char** argv, const char* defaultPlugin) {
     if (!outMap.empty()) sf_command(run.out, SFC_SET_CHANNEL_MAP_INFO, outMap.data(), int(sizeof(int) * outMap.size()));
     if (!outMap.empty() && sf_error(run.out) != SF_ERR_NO_ERROR) return fail(o.output + ": cannot set the channel mask");
 
-    // 7. One block of silence first, not written: delay lines and gain ramps start before the
+    // One block of silence first, not written: delay lines and gain ramps start before the
     // file does, so that its first sample meets them settled.
     const int block = o.block;
     PluginBuffers buffers;
@@ -520,7 +520,7 @@ int commandRender(int argc, char** argv, const char* defaultPlugin) {
     buffers.process(e, block);
     e->dispatcher(e, effIdle, 0, 0, nullptr, 0.0f);
 
-    // 8. The blocks: integer formats clip at full scale, and every clipped sample is counted.
+    // The blocks: integer formats clip at full scale, and every clipped sample is counted.
     std::vector<double> interleavedIn(size_t(block) * size_t(channels));
     std::vector<double> interleavedOut(size_t(block) * size_t(written));
     std::vector<double> peaks(size_t(written), 0.0);
@@ -572,7 +572,7 @@ int commandRender(int argc, char** argv, const char* defaultPlugin) {
     sf_close(run.out);
     run.out = nullptr;
 
-    // 9. The state after the render, then the output, each in place only when whole.
+    // The state after the render, then the output, each in place only when whole.
     if (!o.saveState.empty()) {
         std::vector<unsigned char> chunk = sessionSaveState(s);
         if (chunk.empty()) return fail("--save-state: the plugin gives no state");
@@ -581,7 +581,7 @@ int commandRender(int argc, char** argv, const char* defaultPlugin) {
     }
     if (!safeOutputCommit(&run.file, &error)) return fail(error);
 
-    // 10. The summary: on standard error when the audio went to standard output.
+    // The summary: on standard error when the audio went to standard output.
     FILE* report = o.output == "-" ? stderr : stdout;
     std::fprintf(report, "rendered %lld frames of %s into %s at %d Hz; peak dBFS:", done,
                  plural(channels, "input channel").c_str(), plural(written, protocol ? "speaker channel" : "output channel").c_str(), info.samplerate);

@@ -333,44 +333,44 @@ void setAccessTexts(HWND dialog, bool clear) {
 }
 
 void initDialog(SurroundPanner* p, HWND dialog) {
-    // 1. The window and the display scale
+    // The window and the display scale
     p->editorWindow = dialog;
     p->dpiScale = hostApi.GetWindowDPIScalingForDialog ? hostApi.GetWindowDPIScalingForDialog(dialog) : 256;
     if (p->dpiScale < 1) p->dpiScale = 256;
-    // 2. Screen-reader texts
+    // Screen-reader texts
     setAccessTexts(dialog, false);
-    // 3. Layouts; every list text goes in through the wide calls, converted from UTF-8.
+    // Layouts; every list text goes in through the wide calls, converted from UTF-8.
     for (int k = 0; k < 20; k++) {
         const LayoutRow* row = layoutRow(LAYOUT_MENU_ORDER[k]);
         comboAdd(dialog, IDC_LAYOUT_LIST, row ? localize(row->name, SECTION, 0) : "");
     }
-    // 4. Speaker presets need the host's rename prompt.
+    // Speaker presets need the host's rename prompt.
     if (!hostApi.DoRenameDialogEx) ShowWindow(item(dialog, IDC_SPEAKER_PRESETS), SW_HIDE);
-    // 5. Degree signs, in the system code page
+    // Degree signs, in the system code page
     SetDlgItemTextA(dialog, IDC_ANGLE_XY_LABEL, "XY\xB0:");
     SetDlgItemTextA(dialog, IDC_ANGLE_Z_LABEL, "Z\xB0:");
-    // 6. Fader modes
+    // Fader modes
     for (const char* text : {"Gain", "LFE", "Divergence", "Delay"}) comboAdd(dialog, IDC_INPUT_MODE_LIST, localize(text, SECTION, 0));
     for (const char* text : {"Gain", "Influence"}) comboAdd(dialog, IDC_SPEAKER_MODE_LIST, localize(text, SECTION, 0));
-    // 7. Center and Side
+    // Center and Side
     SendDlgItemMessageW(dialog, IDC_CENTER_FADER, CTL_FADER_CAPTION, 1, LPARAM(localize("Center %", SECTION, 0)));
     SendDlgItemMessageW(dialog, IDC_SIDE_FADER, CTL_FADER_CAPTION, 1, LPARAM(localize("Side %", SECTION, 0)));
     SendDlgItemMessageW(dialog, IDC_CENTER_FADER, CTL_FADER_SET_TIC, 0, 1000);
     SendDlgItemMessageW(dialog, IDC_SIDE_FADER, CTL_FADER_SET_TIC, 0, 1000);
-    // 8. Knobs of the edit rows
+    // Knobs of the edit rows
     for (int k = 0; k < 3; k++) {
         SendDlgItemMessageW(dialog, IDC_EDIT_ROW_KNOB_1 + k, CTL_KNOB_MODE, CTL_KNOB_MODE_VALUE, 0);
         SendDlgItemMessageW(dialog, IDC_EDIT_ROW_KNOB_1 + k, CTL_KNOB_GRAB_MESSAGE, MSG_KNOB_GRAB, 0);
     }
-    // 9. Button skins
+    // Button skins
     buildStripSkins(p, scaled(12, p->dpiScale), faceColour());
-    // 10. Strip geometry
+    // Strip geometry
     placeRows(p, dialog);
-    // 11. Fresh stamps but the host's, so that opening reports nothing to the host
+    // Fresh stamps but the host's, so that opening reports nothing to the host
     p->selectionState[SELECTION_VALUE_KIND] = -1;
     p->viewRedrawFlags = 3;
     for (int s = 0; s < STAMP_HOST_STATE; s++) p->editorStamps[s] = 0;
-    // 12. First refresh, layout, show, timers
+    // First refresh, layout, show, timers
     SendMessageW(dialog, MSG_REFRESH_ALL, 1, 0);
     SendMessageW(dialog, MSG_RELAYOUT, 0, 0);
     ShowWindow(dialog, SW_SHOWNA);

@@ -174,7 +174,7 @@ bool updateStamp(SurroundPanner* p, int which) {
 
 uint32_t planTick(SurroundPanner* p) {
     uint32_t plan = 0;
-    // 1. After a move of a view drag the tick refreshes; while a drag rests it does nothing.
+    // After a move of a view drag the tick refreshes; while a drag rests it does nothing.
     if (p->viewBusy) {
         p->viewBusy = 0;
         plan |= TICK_RESTART_TIMER;
@@ -182,7 +182,7 @@ uint32_t planTick(SurroundPanner* p) {
         return TICK_SKIPPED;
     }
 
-    // 2. All five dialog stamps first, so that each refresh sees them all current.
+    // All five dialog stamps first, so that each refresh sees them all current.
     bool positionRow = updateStamp(p, STAMP_POSITION_ROW);
     bool values = updateStamp(p, STAMP_VALUES);
     bool valueRow = updateStamp(p, STAMP_VALUE_ROW);

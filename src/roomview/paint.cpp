@@ -75,27 +75,27 @@ void paintView(SurroundPanner* p, MIRQ_IBitmap* bitmap, bool small, bool worldCh
     if (!bitmap || !hostApi.MIRQ_CreateBitmap) return;
     const int w = bitmap->width(), h = bitmap->height();
     const bool is3D = !small && viewMode(p) == VIEW_ORBIT;
-    // 1, 2. The scene's lists and the font.
+    // The scene's lists and the font.
     ensureScene(p, theme);
     labelFont();
-    // 3, 4. The scale and the bitmap the room goes to.
+    // The scale and the bitmap the room goes to.
     const int s0 = bitmapScale(bitmap), scale = frameScale(bitmap, small);
     MIRQ_IBitmap* target = bitmap;
     if (!(is3D && (scale <= 256 || s0 != 0))) {
         target = frameTarget(p, small, scale, w, h, &worldChanged);
         if (!target) return;
     }
-    // 5, 6. Wall textures for a changed world; the inputs of this paint.
+    // Wall textures for a changed world; the inputs of this paint.
     if (worldChanged && !small) paintWallTextures(p, scale ? scale : 256, theme);
     buildVisibleInputs(p);
-    // 7. The room.
+    // The room.
     if (worldChanged || is3D) {
         uint32_t clear = small ? theme.floorcol : dialogFaceColour();
         if (hostApi.MIRQ_Clear) hostApi.MIRQ_Clear(target, int(clear | 0xFF000000u));
         assembleFrame(p, target, small, theme);
         if (!is3D) drawSpeakerLayer(p, target, small, theme);
     }
-    // 8. The cached room into the bitmap.
+    // The cached room into the bitmap.
     if (target != bitmap) {
         if (bitmapScale(target) == 512 && s0 == 0 && target->width() == w && target->height() == h &&
             target->rowSpan() >= 2 * w)
@@ -103,7 +103,7 @@ void paintView(SurroundPanner* p, MIRQ_IBitmap* bitmap, bool small, bool worldCh
         else if (hostApi.MIRQ_Blit)
             hostApi.MIRQ_Blit(bitmap, target, 0, 0, 0, 0, w, h, 1.0f, MIRQ_MODE_FILTER);
     }
-    // 9 to 12. The flat layers.
+    // The flat layers.
     if (!is3D) drawInputLayer(p, bitmap, small);
     drawSelectionLayer(p, bitmap, small);
     if (!small) drawButtons(p, bitmap);

@@ -151,6 +151,17 @@ bool lockAxis(SurroundPanner* p, double delta[3]) {
     return true;
 }
 
+// Where the dragged channel stands: an input's working position, or a speaker's place.
+void draggedPoint(const SurroundPanner* p, bool dragsInput, int input, int speaker, double point[3]) {
+    if (dragsInput) {
+        const PanInput& in = inputRecords(p)[input];
+        point[0] = in.workX, point[1] = in.workY, point[2] = in.workZ;
+    } else {
+        const PanSpeaker& s = speakerRecords(p)[speaker];
+        point[0] = sharedLoad(s.posX), point[1] = sharedLoad(s.posY), point[2] = sharedLoad(s.posZ);
+    }
+}
+
 }  // namespace
 
 // ---- geometry ----
@@ -258,20 +269,20 @@ void resetDrag(SurroundPanner* p) {
 }
 
 bool pointerDown(SurroundPanner* p, const ViewPointer& at, ViewMenuRequest* menu) {
-    // 1. A fresh gesture on a fresh snapshot.
+    // A fresh gesture on a fresh snapshot.
     resetDrag(p);
     beginEdit(p);
     p->lastPointer[0] = at.x;
     p->lastPointer[1] = at.y;
-    // 2. The window's buttons.
+    // The window's buttons.
     if (bool result = false; !at.small && pressButton(p, at, menu, &result)) return result;
-    // 3. The pane and the channel under the pointer.
+    // The pane and the channel under the pointer.
     int x = at.x, y = at.y;
     const int pane = findPane(p, &x, &y, at.width, at.height, at.small, -1);
     if (pane < 0 || !paneCamera(p, pane, at.width, at.height)) return false;
     p->dragState[DRAG_PANE] = pane;
     const ChannelHit hit = hitChannel(p, pane, x, y, at.width, at.height, at.small, true, true);
-    // 4. The selection, unless inputs are locked.
+    // The selection, unless inputs are locked.
     if (!(p->uiFlags & FLAG_LOCK_INPUTS)) {
         const int i = hit.input;
         PanInput* in = inputRecords(p);
@@ -288,7 +299,7 @@ bool pointerDown(SurroundPanner* p, const ViewPointer& at, ViewMenuRequest* menu
             return true;
         }
     }
-    // 5. A speaker of a hand-made layout, when speakers are free, outside the orbit view.
+    // A speaker of a hand-made layout, when speakers are free, outside the orbit view.
     const int s = hit.speaker;
     if (s >= 0 && p->layoutId == 0 && !(p->uiFlags & FLAG_LOCK_SPEAKERS) && !at.small && pane != PANE_ORBIT) {
         p->selectionState[SELECTION_VALUE_INPUT] = -1;
@@ -305,7 +316,7 @@ bool pointerMove(SurroundPanner* p, const ViewPointer& at) {
     p->lastPointer[0] = at.x;
     p->lastPointer[1] = at.y;
     int32_t* drag = p->dragState;
-    // 1. The orbit camera: the window only, as only the window has it.
+    // The orbit camera: the window only, as only the window has it.
     if (drag[DRAG_ORBIT] && !at.small) {
         const Camera* c = viewCamera(p, PANE_ORBIT);
         if (c && at.width > 0 && at.height > 0) {
@@ -315,7 +326,7 @@ bool pointerMove(SurroundPanner* p, const ViewPointer& at) {
         }
         return true;
     }
-    // 2. The marquee's second corner.
+    // The marquee's second corner.
     if (drag[DRAG_MARQUEE] == (at.small ? 2 : 1)) {
         int x = at.x, y = at.y;
         if (findPane(p, &x, &y, at.width, at.height, at.small, drag[DRAG_PANE]) >= 0) {
@@ -324,11 +335,11 @@ bool pointerMove(SurroundPanner* p, const ViewPointer& at) {
         }
         return true;
     }
-    // 3. Nothing is dragged.
+    // Nothing is dragged.
     const int input = drag[DRAG_INPUT], speaker = drag[DRAG_SPEAKER];
     if ((input < 0 || input >= inputCount(p)) && (speaker < 0 || speaker >= speakerCount(p))) return false;
     const bool dragsInput = input >= 0 && input < inputCount(p);
-    // 4. The pane, its axes, and what Alt makes of them.
+    // The pane, its axes, and what Alt makes of them.
     int x = at.x, y = at.y;
     const int pane = findPane(p, &x, &y, at.width, at.height, at.small, drag[DRAG_PANE]);
     const Camera* camera = pane >= 0 ? paneCamera(p, pane, at.width, at.height) : nullptr;
@@ -340,16 +351,10 @@ bool pointerMove(SurroundPanner* p, const ViewPointer& at) {
         if (fixed == 2) heightMove = true;
         else if (pane == PANE_ORBIT) fixed = first;
     }
-    // 5 to 7. The travel, in room units.
+    // The travel, in room units.
     double delta[3] = {0.0, 0.0, 0.0};
     double point[3];
-    if (dragsInput) {
-        const PanInput& in = inputRecords(p)[input];
-        point[0] = in.workX, point[1] = in.workY, point[2] = in.workZ;
-    } else {
-        const PanSpeaker& s = speakerRecords(p)[speaker];
-        point[0] = sharedLoad(s.posX), point[1] = sharedLoad(s.posY), point[2] = sharedLoad(s.posZ);
-    }
+    draggedPoint(p, dragsInput, input, speaker, point);
     double q[3];
     if (heightMove) {
         delta[2] = dy * 2.0 / at.height;
@@ -359,21 +364,15 @@ bool pointerMove(SurroundPanner* p, const ViewPointer& at) {
             p->dragAnchor[k] += delta[k];
         }
     }
-    // 8, 9. One axis; no height under a Z shape.
+    // One axis; no height under a Z shape.
     if (!heightMove && oneAxisDrag(p, at.keys) && !lockAxis(p, delta)) return false;
     if (p->zShape != 0) delta[2] = 0.0;
-    // 10, 11. The channels move.
+    // The channels move.
     if (dragsInput) moveInputs(p, delta);
     else moveSpeaker(p, speaker, delta);
-    // 12. After a height move the grab follows the channel, so that a plain move goes on from here.
+    // After a height move the grab follows the channel, so that a plain move goes on from here.
     if (heightMove) {
-        if (dragsInput) {
-            const PanInput& in = inputRecords(p)[input];
-            point[0] = in.workX, point[1] = in.workY, point[2] = in.workZ;
-        } else {
-            const PanSpeaker& s = speakerRecords(p)[speaker];
-            point[0] = sharedLoad(s.posX), point[1] = sharedLoad(s.posY), point[2] = sharedLoad(s.posZ);
-        }
+        draggedPoint(p, dragsInput, input, speaker, point);
         const ScreenPoint s = screenPoint(camera, 0.0, point[0], point[1], point[2]);
         p->grabOffset[0] = s.x - x;
         p->grabOffset[1] = s.y - y;
@@ -412,11 +411,11 @@ bool marqueeUp(SurroundPanner* p, const ViewPointer& at) {
         resetDrag(p);
         return false;
     }
-    // 1. The second corner.
+    // The second corner.
     int32_t* m = p->marqueeRect;
     m[2] = x;
     m[3] = y;
-    // 2, 3. The selection.
+    // The selection.
     if (!(at.keys & POINTER_SHIFT)) clearSelection(p, -1);
     const int left = std::min(m[0], m[2]), right = std::max(m[0], m[2]);
     const int top = std::min(m[1], m[3]), bottom = std::max(m[1], m[3]);
