@@ -13,6 +13,7 @@
 
 #include "editor/dialog_controls.h"
 #include "editor/dialog_layout.h"
+#include "editor/dialog_parts.h"
 #include "editor/dialog_stamps.h"
 #include "editor/strip_pictures.h"
 #include "engine/instance.h"
@@ -49,7 +50,6 @@ const int INPUT_FAMILIES[] = {STRIP_INPUT_MUTE,      STRIP_INPUT_SOLO,      STRI
 const int SPEAKER_FAMILIES[] = {STRIP_SPEAKER_MUTE, STRIP_SPEAKER_SOLO, STRIP_SPEAKER_METER, STRIP_SPEAKER_FADER};
 
 constexpr UINT MOVE_FLAGS = SWP_NOZORDER | SWP_NOACTIVATE;
-constexpr double SILENCE_DB = -150.0;
 
 HWND item(HWND dialog, int id) { return GetDlgItem(dialog, id); }
 
@@ -69,8 +69,6 @@ void moveBy(HWND dialog, int id, int dy) {
     PixelRect r = childRect(dialog, id);
     SetWindowPos(item(dialog, id), nullptr, r.x, r.y + dy, 0, 0, MOVE_FLAGS | SWP_NOSIZE);
 }
-
-double ampToDb(double amp) { return amp > 0.0 ? std::max(SILENCE_DB, 20.0 * std::log10(amp)) : SILENCE_DB; }
 
 int sliderOfDb(double dB) { return hostApi.DB2SLIDER ? int(hostApi.DB2SLIDER(dB)) : 0; }
 
@@ -147,75 +145,6 @@ void relayout(SurroundPanner* p, HWND dialog) {
     InvalidateRect(dialog, &below, TRUE);
 }
 
-// ---- refresh of the strips and meters ----
-
-int inputFaderPosition(const PanInput& in, int mode) {
-    switch (mode) {
-        case 1: return sliderOfDb(ampToDb(sharedLoad(in.lfeSend)));
-        case 2: return int(sharedLoad(in.divergence) * 1000.0);
-        case 3: return int(std::sqrt(std::max(0.0, sharedLoad(in.delay)) / 0.04) * 1000.0);
-        default: return sliderOfDb(ampToDb(sharedLoad(in.gain)));
-    }
-}
-
-void setSkin(HWND dialog, int id, ButtonSkin* skin) { SendDlgItemMessageW(dialog, id, BM_SETIMAGE, CTL_SKIN_IMAGE_TYPE, LPARAM(skin)); }
-
-void refreshStrips(SurroundPanner* p, HWND dialog) {
-    StripControls& skins = p->stripControls;
-    int inputMode = int(p->uiFlags & 0xF), speakerMode = int(p->uiFlags >> 4 & 0xF);
-    int dim = (p->uiFlags & FLAG_IGNORE_REVERSE) ? 2 : 0;
-    int centre = inputMode <= 1 ? sliderOfDb(0.0) : 0;
-    for (int r = 0; r < STRIP_ROWS; r++) SendDlgItemMessageW(dialog, stripControlId(STRIP_INPUT_FADER, r), CTL_FADER_SET_TIC, 0, centre);
-    for (int r = 0; r < STRIP_ROWS; r++) {
-        int i = p->firstInputStrip + r;
-        if (i < 0 || i >= inputCount(p)) continue;
-        const PanInput& in = inputRecords(p)[i];
-        setSkin(dialog, stripControlId(STRIP_INPUT_MUTE, r), &skins.mute[in.mute ? 1 : 0]);
-        setSkin(dialog, stripControlId(STRIP_INPUT_SOLO, r), &skins.solo[in.solo ? 1 : 0]);
-        setSkin(dialog, stripControlId(STRIP_INPUT_REVERSE_X, r), &skins.reverseX[(in.reverseX ? 1 : 0) + dim]);
-        setSkin(dialog, stripControlId(STRIP_INPUT_REVERSE_Y, r), &skins.reverseY[(in.reverseY ? 1 : 0) + dim]);
-        setSkin(dialog, stripControlId(STRIP_INPUT_REVERSE_Z, r), &skins.reverseZ[(in.reverseZ ? 1 : 0) + dim]);
-        SendDlgItemMessageW(dialog, stripControlId(STRIP_INPUT_FADER, r), CTL_FADER_SET_POS, 1, inputFaderPosition(in, inputMode));
-    }
-    centre = speakerMode == 1 ? 500 : sliderOfDb(0.0);
-    for (int r = 0; r < STRIP_ROWS; r++) {
-        HWND fader = item(dialog, stripControlId(STRIP_SPEAKER_FADER, r));
-        SendMessageW(fader, CTL_FADER_SET_TIC, 0, centre);
-        int s = p->firstSpeakerStrip + r;
-        if (s < 0 || s >= speakerCount(p)) continue;
-        const PanSpeaker& sp = speakerRecords(p)[s];
-        setSkin(dialog, stripControlId(STRIP_SPEAKER_MUTE, r), &skins.mute[sp.mute ? 1 : 0]);
-        setSkin(dialog, stripControlId(STRIP_SPEAKER_SOLO, r), &skins.solo[sp.solo ? 1 : 0]);
-        int position = speakerMode == 1 ? int(sharedLoad(sp.influence) * 500.0) : sliderOfDb(ampToDb(sharedLoad(sp.gain)));
-        SendMessageW(fader, CTL_FADER_SET_POS, 1, position);
-    }
-}
-
-void refreshAll(SurroundPanner* p, HWND dialog) {
-    refreshStrips(p, dialog);
-    int layoutPos = -1;
-    for (int k = 0; k < 20; k++)
-        if (LAYOUT_MENU_ORDER[k] == p->layoutId) layoutPos = k;
-    SendDlgItemMessageW(dialog, IDC_LAYOUT_LIST, CB_SETCURSEL, WPARAM(layoutPos), 0);
-    SendDlgItemMessageW(dialog, IDC_INPUT_MODE_LIST, CB_SETCURSEL, WPARAM(p->uiFlags & 0xF), 0);
-    SendDlgItemMessageW(dialog, IDC_SPEAKER_MODE_LIST, CB_SETCURSEL, WPARAM(p->uiFlags >> 4 & 0xF), 0);
-    SetDlgItemInt(dialog, IDC_INPUT_COUNT, UINT(inputCount(p)), FALSE);
-    SetDlgItemInt(dialog, IDC_SPEAKER_COUNT, UINT(speakerCount(p)), FALSE);
-}
-
-void refreshMeters(SurroundPanner* p, HWND dialog) {
-    for (int k = 0; k < METER_COUNT; k++) {
-        bool speaker = k >= STRIP_ROWS;
-        int row = k % STRIP_ROWS;
-        int channel = (speaker ? p->firstSpeakerStrip : p->firstInputStrip) + row;
-        if (channel >= (speaker ? speakerCount(p) : inputCount(p))) continue;
-        double dB = ampToDb(sharedLoad(p->meterPeaks[k]));
-        double peaks[2] = {dB, dB};
-        SendDlgItemMessageW(dialog, stripControlId(speaker ? STRIP_SPEAKER_METER : STRIP_INPUT_METER, row), CTL_METER_PEAKS, 0,
-                            LPARAM(peaks));
-    }
-}
-
 void invalidateNameColumns(SurroundPanner* p, HWND dialog) {
     for (PixelRect c : {inputNameColumn(p->dialogMetrics, p->dpiScale, STRIP_ROWS),
                         speakerNameColumn(p->dialogMetrics, p->dpiScale, STRIP_ROWS)}) {
@@ -230,20 +159,20 @@ void tick(SurroundPanner* p, HWND dialog) {
     uint32_t plan = planTick(p);
     if (!(plan & TICK_SKIPPED)) {
         if (plan & TICK_RESTART_TIMER) SetTimer(dialog, TIMER_TICK, TICK_PERIOD_MS, nullptr);
+        if (plan & TICK_POSITION_ROW) refreshPositionRow(p, dialog);
         if (plan & TICK_RELAYOUT) SendMessageW(dialog, MSG_RELAYOUT, 0, 0);
         if (plan & TICK_REFRESH_ALL) SendMessageW(dialog, MSG_REFRESH_ALL, (plan & TICK_REBUILD_LISTS) ? 1 : 0, 0);
+        if (plan & TICK_VALUE_ROW) refreshValueRow(p, dialog);
         if ((plan & TICK_NAMES) && p->nameStripBitmap) {
             drawNameStrips(p, p->nameStripBitmap, p->dpiScale * 16 / 256);
             invalidateNameColumns(p, dialog);
         }
-        // The position row and the value row are refreshed by their own units; their bits are in
-        // the plan for them.
         if (plan & TICK_VIEW_STAMPS) {
             // Both stamps are asked, each stores its own; a speaker change renders the room again.
             bool inputsChanged = inputStampChanged(p, false);
             bool speakersChanged = speakerStampChanged(p, false);
             if (inputsChanged || speakersChanged) {
-                p->viewRedrawFlags |= VIEW_REDRAW_PAINT | (speakersChanged ? VIEW_REDRAW_WORLD : 0);
+                p->viewRedrawFlags |= uint32_t(VIEW_REDRAW_PAINT) | (speakersChanged ? uint32_t(VIEW_REDRAW_WORLD) : 0u);
                 if (HWND view = GetDlgItem(dialog, IDC_ROOM_VIEW)) InvalidateRect(view, nullptr, FALSE);
             }
         }
@@ -386,17 +315,25 @@ void destroyDialog(SurroundPanner* p, HWND dialog) {
     releaseRoomView(p);
     setAccessTexts(dialog, true);
     freeStripSkins(p);
+    nameEditorDialogGone(p);
 }
 
 // Typing into a number field starts its timer again; only keys count, not the dialog's own writes.
-void command(HWND dialog, WPARAM wParam) {
+void restartDebounce(HWND dialog, WPARAM wParam) {
     int timer = HIWORD(wParam) == EN_CHANGE ? debounceTimerFor(LOWORD(wParam)) : 0;
     if (!timer || controlsUpdating > 0) return;
     KillTimer(dialog, UINT_PTR(timer));
     SetTimer(dialog, UINT_PTR(timer), DEBOUNCE_MS, nullptr);
 }
 
-INT_PTR memberProc(SurroundPanner* p, HWND dialog, UINT message, WPARAM wParam, LPARAM) {
+// The parts' own messages: each part says whether a message was its own.
+bool partMessage(SurroundPanner* p, const DialogMessage& m) {
+    return selectedControlsMessage(p, m) || channelStripsMessage(p, m) || dialogMenusMessage(p, m) ||
+           nameEditorMessage(p, m);
+}
+
+INT_PTR memberProc(SurroundPanner* p, HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
+    DialogMessage m{dialog, message, wParam, lParam};
     switch (message) {
         case WM_INITDIALOG:
             initDialog(p, dialog);
@@ -408,12 +345,16 @@ INT_PTR memberProc(SurroundPanner* p, HWND dialog, UINT message, WPARAM wParam, 
             if (wParam == TIMER_TICK) {
                 tick(p, dialog);
             } else if (wParam >= 2 && wParam <= 7) {
-                // A debounce fires once; applying what the field holds is the selected-channel controls' work.
+                // A debounce fires once, a second after the last key.
                 KillTimer(dialog, wParam);
+                applyDebouncedFields(p, dialog, int(wParam));
+            } else {
+                partMessage(p, m);
             }
             return 0;
         case WM_COMMAND:
-            command(dialog, wParam);
+            restartDebounce(dialog, wParam);
+            partMessage(p, m);
             return 0;
         case WM_PAINT:
             paint(p, dialog);
@@ -422,17 +363,24 @@ INT_PTR memberProc(SurroundPanner* p, HWND dialog, UINT message, WPARAM wParam, 
             return 1;
         case MSG_REFRESH_ALL:
             controlsUpdating++;
-            refreshAll(p, dialog);
+            refreshStrips(p, dialog);
+            refreshSelectedControls(p, dialog, wParam != 0);
             controlsUpdating--;
+            return 0;
+        case MSG_REFRESH_CENTER_SIDE:
+            refreshCenterSide(p, dialog);
             return 0;
         case MSG_RELAYOUT:
             relayout(p, dialog);
+            rebuildPagingLists(p, dialog);
             return 0;
         case MSG_KNOB_GRAB:
             beginEdit(p);
             return 0;
+        default:
+            partMessage(p, m);
+            return 0;
     }
-    return 0;
 }
 
 INT_PTR CALLBACK outerProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
