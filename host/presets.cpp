@@ -13,6 +13,7 @@
 #include "host/args.h"
 #include "host/safe_output.h"
 #include "host/session.h"
+#include "hostservices/services.h"
 #include "layouts/layouts.h"
 #include "layouts/presets.h"
 #include "shell/state_chunk.h"
@@ -52,19 +53,6 @@ std::string parseOptions(int argc, char** argv, PresetOptions* o) {
     return "";
 }
 
-// The ini file a host of this machine would have: in the user's configuration folder.
-std::string defaultIniPath() {
-#if defined(_WIN32)
-    const char* base = std::getenv("APPDATA");
-    return std::string(base && *base ? base : ".") + "\\kelvane-host\\kelvane-host.ini";
-#else
-    const char* config = std::getenv("XDG_CONFIG_HOME");
-    const char* home = std::getenv("HOME");
-    std::string base = config && *config ? config : std::string(home && *home ? home : ".") + "/.config";
-    return base + "/kelvane-host/kelvane-host.ini";
-#endif
-}
-
 // What the core library's preset code asks the host for: the ini file of this command.
 std::string& commandIni() {
     static std::string path;
@@ -76,7 +64,7 @@ const char* commandIniFile() { return commandIni().c_str(); }
 std::string useIniFile(const PresetOptions& o) {
     std::string ini = o.ini;
     if (ini.empty()) {
-        ini = defaultIniPath();
+        ini = userIniPath("kelvane-host");
         std::error_code ec;
         std::filesystem::create_directories(std::filesystem::path(ini).parent_path(), ec);
     }
