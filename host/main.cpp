@@ -101,9 +101,23 @@ const CommandHelp COMMAND_HELP[] = {
      "      a fresh instance of the plugin and prints the speakers it then has; save and rename\n"
      "      replace an existing preset only with --force\n"},
     {"edit",
-     "  edit [PLUGIN] [--channels N] [--layout NAME] [--capture OUT.png [--after MS]]\n"
-     "      the plugin's editor in a window of the host (Windows); with --capture, a picture of it\n"
-     "      after MS milliseconds (default 1000), and the window closes\n"},
+     "  edit [PLUGIN] [--channels N] [--layout NAME] [--state FILE] [STEP ...]\n"
+     "       [--capture OUT.png] [--save-state FILE] [--after MS]\n"
+     "      the plugin's editor in a window of the host (Windows); the steps are played on it in\n"
+     "      order, each followed by a short pause for the editor's tick; without --capture,\n"
+     "      --save-state or --after the window stays until the user closes it\n"
+     "      --state FILE        a state chunk to load first (default: none)\n"
+     "      --send ID:MESSAGE:WPARAM:LPARAM   a message to control ID (0: the dialog); MESSAGE a\n"
+     "                          number or a name (WM_COMMAND, WM_HSCROLL, BM_CLICK, WM_LBUTTONDBLCLK ...)\n"
+     "      --type ID=TEXT      select the text of edit ID and type TEXT into it, key by key\n"
+     "      --click ID          click button ID\n"
+     "      --select ID=N       choose entry N (from 0) of list ID\n"
+     "      --fader ID=POS      drag fader ID to POS (0 to 1000) and let go\n"
+     "      --wait MS           let the editor run for MS milliseconds (typed values apply a second\n"
+     "                          after the last key)\n"
+     "      --after MS          how long the editor runs after the steps (default 1000)\n"
+     "      --capture OUT.png   a picture of the window then\n"
+     "      --save-state FILE   the instance's state chunk then\n"},
 };
 
 void printUsage(FILE* to) {
