@@ -141,6 +141,17 @@ Bearing bearingOf(double x, double y, double z) {
     return b;
 }
 
+// A typed edit of inputs ends: positions into the room, the host told, its gestures closed.
+void endTypedInputEdit(SurroundPanner* p) {
+    finishEdit(p, true);
+    endGestures(p);
+}
+// A speaker moved by typing: analysed again, the gains rebuilt.
+void speakerMoved(SurroundPanner* p) {
+    analyzeSpeakers(p);
+    sharedStore(p->speakersChanged, uint8_t(1));
+}
+
 double& inputField(PanInput& in, int kind) {
     switch (kind) {
         case KIND_INPUT_LFE: return in.lfeSend;
@@ -317,7 +328,8 @@ ValueRowTexts refreshValueRowState(SurroundPanner* p) {
     int32_t inputMode = int32_t(p->uiFlags & STRIP_MODE_INPUT_MASK);
     int32_t speakerMode = int32_t((p->uiFlags & STRIP_MODE_SPEAKER_MASK) >> STRIP_MODE_SPEAKER_SHIFT);
     int32_t fromMode = -1;
-    if (speaker < 0 && (kind < KIND_INPUT_GAIN || kind > KIND_INPUT_DELAY)) fromMode = kindFromStripMode(true, false, inputMode);
+    if (speaker < 0 && (kind < KIND_INPUT_GAIN || kind > KIND_INPUT_DELAY))
+        fromMode = kindFromStripMode(true, false, inputMode);
     if (speaker >= 0 && kind != KIND_SPEAKER_GAIN && kind != KIND_SPEAKER_INFLUENCE)
         fromMode = kindFromStripMode(false, true, speakerMode);
     if (fromMode >= 0) kind = fromMode;
@@ -332,15 +344,17 @@ ValueRowTexts refreshValueRowState(SurroundPanner* p) {
                    (isSpeaker && (kind == KIND_SPEAKER_GAIN || kind == KIND_SPEAKER_INFLUENCE));
     if (belongs && valueRowValue(p, &value)) {
         row.label = localize(VALUE_KINDS[kind].label, SECTION, 0);
-        if (isInput) p->uiFlags = (p->uiFlags & ~STRIP_MODE_INPUT_MASK) | uint32_t(kind);
-        else p->uiFlags = (p->uiFlags & ~STRIP_MODE_SPEAKER_MASK) | uint32_t(kind - KIND_SPEAKER_GAIN) << STRIP_MODE_SPEAKER_SHIFT;
+        uint32_t mask = isInput ? STRIP_MODE_INPUT_MASK : STRIP_MODE_SPEAKER_MASK;
+        uint32_t mode = isInput ? uint32_t(kind) : uint32_t(kind - KIND_SPEAKER_GAIN) << STRIP_MODE_SPEAKER_SHIFT;
+        p->uiFlags = (p->uiFlags & ~mask) | mode;
         row.value = kindText(kind, value);
         row.unit = VALUE_KINDS[kind].unit;
     }
     // The LFE input shows only its send, an LFE speaker only its gain.
     row.valueEnabled = true;
     if (input == 3 && lfeInputOption(p) && kind != KIND_INPUT_LFE) row.valueEnabled = false;
-    if (validSpeaker(p, speaker) && speakerRecords(p)[speaker].lfe && kind != KIND_SPEAKER_GAIN) row.valueEnabled = false;
+    if (validSpeaker(p, speaker) && speakerRecords(p)[speaker].lfe && kind != KIND_SPEAKER_GAIN)
+        row.valueEnabled = false;
     return row;
 }
 
@@ -378,15 +392,17 @@ std::vector<PopupItem> valueKindMenu(const SurroundPanner* p) {
     std::vector<PopupItem> menu;
     int32_t input = p->selectionState[SELECTION_VALUE_INPUT], speaker = p->selectionState[SELECTION_VALUE_SPEAKER];
     int32_t kind = p->selectionState[SELECTION_VALUE_KIND];
+    const bool isInput = validInput(p, input);
     int first, last;
-    if (validInput(p, input)) first = KIND_INPUT_GAIN, last = KIND_INPUT_DELAY;
+    if (isInput) first = KIND_INPUT_GAIN, last = KIND_INPUT_DELAY;
     else if (validSpeaker(p, speaker)) first = KIND_SPEAKER_GAIN, last = KIND_SPEAKER_INFLUENCE;
     else return menu;
+    // The LFE input has no gain or divergence of its own; an LFE speaker no influence.
+    const bool lfeInput = isInput && input == 3 && lfeInputOption(p);
+    const bool lfeSpeaker = !isInput && speakerRecords(p)[speaker].lfe;
     for (int k = first; k <= last; k++) {
-        // The LFE input has no gain or divergence of its own; an LFE speaker no influence.
-        if (validInput(p, input) && input == 3 && lfeInputOption(p) && (k == KIND_INPUT_GAIN || k == KIND_INPUT_DIVERGENCE))
-            continue;
-        if (!validInput(p, input) && k == KIND_SPEAKER_INFLUENCE && speakerRecords(p)[speaker].lfe) continue;
+        if (lfeInput && (k == KIND_INPUT_GAIN || k == KIND_INPUT_DIVERGENCE)) continue;
+        if (lfeSpeaker && k == KIND_SPEAKER_INFLUENCE) continue;
         menu.push_back({localize(VALUE_KINDS[k].label, SECTION, 0), MENU_KIND_BASE + k, k == kind, false});
     }
     return menu;
@@ -536,8 +552,7 @@ bool applyPositionTexts(SurroundPanner* p, const char* x, const char* y, const c
             for (int j = 0; j < inputCount(p); j++)
                 if (inPositionGroup(p, i, j)) *workAxis(in[j], a) += step;
         }
-        finishEdit(p, true);
-        endGestures(p);
+        endTypedInputEdit(p);
         return true;
     }
     int32_t s = focusedSpeaker(p);
@@ -545,8 +560,7 @@ bool applyPositionTexts(SurroundPanner* p, const char* x, const char* y, const c
     PanSpeaker& sp = speakerRecords(p)[s];
     for (int a = 0; a < 3; a++)
         if (given[a]) sharedStore(*speakerAxis(sp, a), std::clamp(typed[a], a == 2 ? 0.0 : -1.0, 1.0));
-    analyzeSpeakers(p);
-    sharedStore(p->speakersChanged, uint8_t(1));
+    speakerMoved(p);
     return true;
 }
 
@@ -571,8 +585,7 @@ bool applyAngleTexts(SurroundPanner* p, const char* azimuth, const char* elevati
             in[j].workY = b.r * std::cos(b.azimuth + turn);
             in[j].workZ = heightAt(b.elevation + tilt, b.r);
         }
-        finishEdit(p, true);
-        endGestures(p);
+        endTypedInputEdit(p);
         return true;
     }
     int32_t s = focusedSpeaker(p);
@@ -583,8 +596,7 @@ bool applyAngleTexts(SurroundPanner* p, const char* azimuth, const char* elevati
     sharedStore(sp.posX, std::clamp(now.r * std::sin(a), -1.0, 1.0));
     sharedStore(sp.posY, std::clamp(now.r * std::cos(a), -1.0, 1.0));
     sharedStore(sp.posZ, std::clamp(heightAt(e, now.r), 0.0, 1.0));
-    analyzeSpeakers(p);
-    sharedStore(p->speakersChanged, uint8_t(1));
+    speakerMoved(p);
     return true;
 }
 

@@ -118,7 +118,8 @@ void refreshSelectedControls(SurroundPanner* p, void* window, bool rebuildRowLis
     enable(dialog, IDC_LFE_INPUT, st.lfeInputEnabled);
     check(dialog, IDC_LFE_SPEAKER, st.lfeSpeaker);
     check(dialog, IDC_LOCK_SPEAKERS, st.lockSpeakers);
-    for (int id : {int(IDC_SPEAKER_COUNT), int(IDC_LFE_SPEAKER), int(IDC_LOCK_SPEAKERS)}) enable(dialog, id, st.customLayout);
+    for (int id : {int(IDC_SPEAKER_COUNT), int(IDC_LFE_SPEAKER), int(IDC_LOCK_SPEAKERS)})
+        enable(dialog, id, st.customLayout);
     check(dialog, IDC_EDIT_SELECTED, st.editSelected);
     check(dialog, IDC_EDIT_ALL, st.editAll);
     check(dialog, IDC_EDIT_1D, st.edit1D);
@@ -167,8 +168,10 @@ void refreshValueRow(SurroundPanner* p, void* window) {
 void refreshCenterSide(SurroundPanner* p, void* window) {
     HWND dialog = static_cast<HWND>(window);
     CenterSideView mix = centerSideView(p);
-    for (int id : {int(IDC_CENTER_LABEL), int(IDC_CENTER_EDIT), int(IDC_CENTER_PERCENT_SIGN)}) enable(dialog, id, mix.centerInForce);
-    for (int id : {int(IDC_SIDE_LABEL), int(IDC_SIDE_EDIT), int(IDC_SIDE_PERCENT_SIGN)}) enable(dialog, id, mix.sideInForce);
+    for (int id : {int(IDC_CENTER_LABEL), int(IDC_CENTER_EDIT), int(IDC_CENTER_PERCENT_SIGN)})
+        enable(dialog, id, mix.centerInForce);
+    for (int id : {int(IDC_SIDE_LABEL), int(IDC_SIDE_EDIT), int(IDC_SIDE_PERCENT_SIGN)})
+        enable(dialog, id, mix.sideInForce);
     grey(dialog, IDC_CENTER_FADER, !mix.centerInForce);
     grey(dialog, IDC_SIDE_FADER, !mix.sideInForce);
 }
@@ -186,19 +189,22 @@ void applyDebouncedFields(SurroundPanner* p, void* window, int timer) {
             applyPositionTexts(p, textOf(dialog, IDC_POS_X).c_str(), textOf(dialog, IDC_POS_Y).c_str(),
                                textOf(dialog, IDC_POS_Z).c_str());
             break;
-        case TIMER_ANGLES: applyAngleTexts(p, textOf(dialog, IDC_ANGLE_XY).c_str(), textOf(dialog, IDC_ANGLE_Z).c_str()); break;
+        case TIMER_ANGLES:
+            applyAngleTexts(p, textOf(dialog, IDC_ANGLE_XY).c_str(), textOf(dialog, IDC_ANGLE_Z).c_str());
+            break;
         default: break;
     }
 }
 
 bool selectedControlsMessage(SurroundPanner* p, const DialogMessage& m) {
     HWND dialog = static_cast<HWND>(m.dialog);
-    if (m.message == WM_HSCROLL) return mixFaderMessage(p, dialog, m);
+    if (m.message == WM_HSCROLL || m.message == WM_VSCROLL) return mixFaderMessage(p, dialog, m);
     if (m.message != WM_COMMAND) return false;
     int id = LOWORD(m.wParam), code = HIWORD(m.wParam);
     // The knobs report with the code of a click and their value in lParam.
     if (id >= IDC_EDIT_ROW_KNOB_1 && id < IDC_EDIT_ROW_KNOB_1 + EDIT_ROWS) {
-        turnEditRowKnob(p, id - IDC_EDIT_ROW_KNOB_1, LOWORD(m.lParam), GetKeyState(VK_CONTROL) < 0, GetKeyState(VK_SHIFT) < 0);
+        bool ctrl = GetKeyState(VK_CONTROL) < 0, shift = GetKeyState(VK_SHIFT) < 0;
+        turnEditRowKnob(p, id - IDC_EDIT_ROW_KNOB_1, LOWORD(m.lParam), ctrl, shift);
         return true;
     }
     bool layoutList = id == IDC_LAYOUT_LIST;

@@ -89,9 +89,11 @@ TEST_F(SelectedControlsWindowTest, TypedCountsFaderValueAndLockReachTheInstance)
     EXPECT_EQ(textOf(IDC_CENTER_EDIT), L"25");
     std::vector<int32_t> gesture;
     for (const AudioMasterCall& c : refHostCalls(s.host))
-        if (c.index == 0 && (c.opcode == audioMasterBeginEdit || c.opcode == audioMasterAutomate || c.opcode == audioMasterEndEdit))
+        if (c.index == 0 && (c.opcode == audioMasterBeginEdit || c.opcode == audioMasterAutomate ||
+                             c.opcode == audioMasterEndEdit))
             gesture.push_back(c.opcode);
-    EXPECT_EQ(gesture, (std::vector<int32_t>{audioMasterBeginEdit, audioMasterAutomate, audioMasterAutomate, audioMasterEndEdit}));
+    EXPECT_EQ(gesture, (std::vector<int32_t>{audioMasterBeginEdit, audioMasterAutomate, audioMasterAutomate,
+                                             audioMasterEndEdit}));
     EXPECT_EQ(s.effect->getParameter(s.effect, 0), 0.25f);
 
     // A gain typed into the value row (input 0, as the dialog opened).
@@ -115,7 +117,8 @@ TEST_F(SelectedControlsWindowTest, TypedCountsFaderValueAndLockReachTheInstance)
 
     // "Custom speakers" from the list: the speaker count may be typed now.
     SendDlgItemMessageW(dialog, IDC_LAYOUT_LIST, CB_SETCURSEL, 0, 0);
-    SendMessageW(dialog, WM_COMMAND, MAKEWPARAM(IDC_LAYOUT_LIST, CBN_SELCHANGE), LPARAM(GetDlgItem(dialog, IDC_LAYOUT_LIST)));
+    SendMessageW(dialog, WM_COMMAND, MAKEWPARAM(IDC_LAYOUT_LIST, CBN_SELCHANGE),
+                 LPARAM(GetDlgItem(dialog, IDC_LAYOUT_LIST)));
     editorHostRun(&h, 150);
     EXPECT_EQ(panner()->layoutId, 0);
     EXPECT_EQ(sessionSpeakerCount(&s), 6);
