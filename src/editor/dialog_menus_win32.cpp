@@ -36,33 +36,33 @@ HMENU buildPopup(const MenuTable& table, const MenuTable* submenus, int submenuC
     return menu;
 }
 
-// Shows a popup at the lower left corner of a button, owned by the dialog, and returns the
-// command chosen (0 when the menu was closed without one). The menu is destroyed.
-int trackAtButton(HWND dialog, int buttonId, HMENU menu) {
-    if (!menu) return 0;
-    RECT button{};
-    GetWindowRect(GetDlgItem(dialog, buttonId), &button);
-    int command = int(TrackPopupMenu(menu, TPM_RETURNCMD | TPM_NONOTIFY, button.left, button.bottom, 0, dialog, nullptr));
-    DestroyMenu(menu);
-    return command;
-}
-
 void showPanLawMenu(SurroundPanner* p, HWND dialog) {
     PanLawMenu menu;
     buildPanLawMenu(p, &menu);
-    int command = trackAtButton(dialog, IDC_PAN_LAW, buildPopup(menu.table, nullptr, 0));
+    int command = trackPopupAtButton(dialog, IDC_PAN_LAW, buildPopup(menu.table, nullptr, 0));
     if (command) panLawMenuCommand(p, command);
 }
 
 void showPresetMenu(SurroundPanner* p, HWND dialog) {
     PresetMenu menu;
     presetMenuOpen(&menu);
-    int command = trackAtButton(dialog, IDC_SPEAKER_PRESETS, buildPopup(menu.main, menu.submenus, PRESET_SUBMENU_COUNT));
+    HMENU popup = buildPopup(menu.main, menu.submenus, PRESET_SUBMENU_COUNT);
+    int command = trackPopupAtButton(dialog, IDC_SPEAKER_PRESETS, popup);
     if (command) presetMenuCommand(p, &menu, command, dialog);
     presetMenuClose(&menu);
 }
 
 }  // namespace
+
+int32_t trackPopupAtButton(void* dialog, int buttonId, void* menu) {
+    if (!menu) return 0;
+    RECT button{};
+    GetWindowRect(GetDlgItem(static_cast<HWND>(dialog), buttonId), &button);
+    int32_t command = int32_t(TrackPopupMenu(static_cast<HMENU>(menu), TPM_RETURNCMD | TPM_NONOTIFY, button.left,
+                                             button.bottom, 0, static_cast<HWND>(dialog), nullptr));
+    DestroyMenu(static_cast<HMENU>(menu));
+    return command;
+}
 
 bool dialogMenusMessage(SurroundPanner* p, const DialogMessage& m) {
     HWND dialog = static_cast<HWND>(m.dialog);
