@@ -1,9 +1,8 @@
 #include "editor/name_editor.h"
 
-#include <cstring>
-
 #include "engine/instance.h"
 #include "engine/records.h"
+#include "platform/ini_text.h"
 
 NameEditPlan planNameEdit(const SurroundPanner* p, int item, bool backward) {
     const int inputs = inputCount(p), total = inputs + speakerCount(p);
@@ -47,17 +46,8 @@ NameKeyAnswer nameEditKey(bool keyMessage, uint32_t key, bool shift, bool ctrl, 
     return a;
 }
 
-void copyChannelName(char (&name)[64], const char* text) {
-    if (!text) text = "";
-    size_t n = std::strlen(text);
-    if (n > sizeof name - 1) {
-        n = sizeof name - 1;
-        // Back to the lead byte of a character that the cut would split.
-        while (n > 0 && (static_cast<unsigned char>(text[n]) & 0xC0) == 0x80) n--;
-    }
-    std::memcpy(name, text, n);
-    name[n] = 0;
-}
+// The cut of an ini value is the one a name needs: bytes up to the capacity, whole characters.
+void copyChannelName(char (&name)[64], const char* text) { iniCopyValue(text, name, int(sizeof name)); }
 
 bool applyEditedName(SurroundPanner* p, int item, const char* text) {
     const int inputs = inputCount(p);
