@@ -44,6 +44,9 @@ void editorHostPostKey(void* window, unsigned virtualKey);
 // keeping its keys (0xDEADF00B in its user data), or null.
 void* editorHostKeyField(void* window);
 
+// [window thread] The popup menus open on this thread now (their windows).
+std::vector<void*> editorHostPopupMenus();
+
 // The state of a menu pick: armed and waiting for a menu, the item chosen, or given up.
 enum { EDITOR_PICK_NONE, EDITOR_PICK_WAITING, EDITOR_PICK_CHOSEN, EDITOR_PICK_FAILED };
 // [window thread] Chooses an item of the next popup menu that opens on this thread, with the keys

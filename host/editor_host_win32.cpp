@@ -276,3 +276,9 @@ int editorHostPickState() { return pick.state; }
 void editorHostPickCancel() {
     if (pick.state == EDITOR_PICK_WAITING) endPick(EDITOR_PICK_FAILED);
 }
+
+std::vector<void*> editorHostPopupMenus() {
+    std::vector<void*> windows;
+    for (const OpenPopup& o : openPopups()) windows.push_back(o.window);
+    return windows;
+}

@@ -39,30 +39,16 @@ struct MenuShot {
 };
 MenuShot shot;
 
-// The area of the host's window and the popups open, and how many popups there are.
-struct ShotArea {
-    RECT rect;
-    int popups;
-};
-BOOL CALLBACK widenByPopup(HWND window, LPARAM area) {
-    wchar_t cls[16] = {0};
-    GetClassNameW(window, cls, 16);
-    if (!IsWindowVisible(window) || wcscmp(cls, L"#32768")) return TRUE;
-    ShotArea* a = reinterpret_cast<ShotArea*>(area);
-    RECT r;
-    GetWindowRect(window, &r);
-    UnionRect(&a->rect, &a->rect, &r);
-    a->popups++;
-    return TRUE;
-}
-
 void CALLBACK shotTick(HWND, UINT, UINT_PTR timer, DWORD) {
-    ShotArea a{{}, 0};
-    GetWindowRect(shot.host, &a.rect);
-    EnumThreadWindows(GetCurrentThreadId(), widenByPopup, LPARAM(&a));
     // A few ticks with the menu shown let it paint.
-    if (!a.popups || ++shot.ticks < 4) return;
-    RECT area = a.rect;
+    std::vector<void*> popups = editorHostPopupMenus();
+    if (popups.empty() || ++shot.ticks < 4) return;
+    RECT area, r;
+    GetWindowRect(shot.host, &area);
+    for (void* popup : popups) {
+        GetWindowRect(static_cast<HWND>(popup), &r);
+        UnionRect(&area, &area, &r);
+    }
     KillTimer(nullptr, timer);
     std::string error;
     std::vector<unsigned char> png = editorHostCaptureScreen(area.left, area.top, area.right - area.left, area.bottom - area.top);
