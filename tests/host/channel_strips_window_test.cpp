@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "editor/dialog_controls.h"
+#include "editor/dialog_frame.h"
 #include "editor/dialog_layout.h"
 #include "engine/instance.h"
 #include "engine/records.h"
@@ -45,6 +46,17 @@ void click(HWND control, int x = 5, int y = 5) {
 }
 
 int faderPos(HWND fader) { return int(SendMessageW(fader, HOSTCTL_FADER_GET_POS, 0, 0)); }
+
+// The dialog's procedure with the requests for the name editor taken out and kept.
+WNDPROC dialogProc = nullptr;
+std::vector<WPARAM> nameEditRequests;
+LRESULT CALLBACK keepNameEditRequests(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == MSG_NAME_EDIT_BEGIN) {
+        nameEditRequests.push_back(wParam);
+        return 0;
+    }
+    return CallWindowProcW(dialogProc, window, message, wParam, lParam);
+}
 
 HostControlState stateOf(HWND control) {
     HostControlState state{};
@@ -82,12 +94,14 @@ struct ChannelStripsWindowTest : ::testing::Test {
     SurroundPanner* panner() { return static_cast<SurroundPanner*>(s.effect->object); }
     HWND control(int role, int row) { return GetDlgItem(dialog, stripControlId(role, row)); }
     float parameter(int index) { return s.effect->getParameter(s.effect, index); }
-    // A click on an input's name, in the dialog's client pixels at 100 %.
-    void clickName(int row) {
+    // A click on a name, in the dialog's client pixels at 100 %.
+    LPARAM nameAt(int row, bool speaker = false) {
         const int32_t* m = panner()->dialogMetrics;
-        int x = m[METRIC_INPUT_NAME_X] + 5, y = m[METRIC_STRIP_TOP] + 16 * row + 8;
-        SendMessageW(dialog, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(x, y));
-        SendMessageW(dialog, WM_LBUTTONUP, 0, MAKELPARAM(x, y));
+        return MAKELPARAM(m[speaker ? METRIC_SPEAKER_NAME_X : METRIC_INPUT_NAME_X] + 5, m[METRIC_STRIP_TOP] + 16 * row + 8);
+    }
+    void clickName(int row) {
+        SendMessageW(dialog, WM_LBUTTONDOWN, MK_LBUTTON, nameAt(row));
+        SendMessageW(dialog, WM_LBUTTONUP, 0, nameAt(row));
     }
     // A choice in a list, as the list reports it.
     void choose(int id, int entry) {
@@ -215,6 +229,23 @@ TEST_F(ChannelStripsWindowTest, MuteButtonsModeListsAndGreyRows) {
     choose(IDC_INPUT_MODE_LIST, 1);
     editorHostRun(&h, 120);
     EXPECT_EQ(stateOf(control(STRIP_INPUT_FADER, 3)).greyed, 0);
+}
+
+TEST_F(ChannelStripsWindowTest, DoubleClicksOnNamesAskForTheNameEditor) {
+    if (!open(8, "5.1 surround")) GTEST_SKIP() << "no window can be made here (no display)";
+    SurroundPanner* p = panner();
+    EXPECT_TRUE(GetClassLongPtrW(dialog, GCL_STYLE) & CS_DBLCLKS) << "the dialog hears double clicks";
+    nameEditRequests.clear();
+    dialogProc = reinterpret_cast<WNDPROC>(SetWindowLongPtrW(dialog, GWLP_WNDPROC, LONG_PTR(&keepNameEditRequests)));
+    SendMessageW(dialog, WM_LBUTTONDBLCLK, MK_LBUTTON, nameAt(3));
+    SendMessageW(dialog, WM_LBUTTONDBLCLK, MK_LBUTTON, nameAt(1, true));
+    EXPECT_EQ(nameEditRequests, (std::vector<WPARAM>{3})) << "a built-in layout's speakers keep their names";
+    p->layoutId = 0;
+    p->uiFlags |= FLAG_LOCK_INPUTS;
+    SendMessageW(dialog, WM_LBUTTONDBLCLK, MK_LBUTTON, nameAt(3));
+    SendMessageW(dialog, WM_LBUTTONDBLCLK, MK_LBUTTON, nameAt(1, true));
+    EXPECT_EQ(nameEditRequests, (std::vector<WPARAM>{3, 8 + 1})) << "locked inputs keep theirs";
+    SetWindowLongPtrW(dialog, GWLP_WNDPROC, LONG_PTR(dialogProc));
 }
 
 TEST_F(ChannelStripsWindowTest, TwentyInputsPageByFour) {
