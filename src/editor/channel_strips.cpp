@@ -99,6 +99,19 @@ int rowChannel(const SurroundPanner* p, int32_t list, int row) {
     return channel >= 0 && channel < channelCount(p, list) ? channel : -1;
 }
 
+// The channel behind a row (-1: none) and the fader mode its list shows, with that mode's law
+// (null for a mode the list lacks).
+struct RowFader {
+    int channel;
+    int32_t mode;
+    int32_t kind;
+    const FaderLaw* law;
+};
+RowFader rowFader(const SurroundPanner* p, int32_t list, int row) {
+    int32_t mode = int32_t(list == STRIP_LIST_INPUTS ? p->uiFlags & 0xF : p->uiFlags >> 4 & 0xF);
+    return RowFader{rowChannel(p, list, row), mode, kindOf(list, mode), lawOf(list, mode)};
+}
+
 // A position as a whole step, cut toward zero. A value stored from position p reads back as p:
 // the round trip through the host's curve or the square root leaves an error in the last bits,
 // and that error must not cost a step. Far beyond any fader the position is held at +-1e9.
@@ -122,9 +135,7 @@ int nameColumnChannel(const SurroundPanner* p, int32_t list, int x, int y) {
 
 }  // namespace
 
-int32_t stripMode(const SurroundPanner* p, int32_t list) {
-    return int32_t(list == STRIP_LIST_INPUTS ? p->uiFlags & 0xF : p->uiFlags >> 4 & 0xF);
-}
+int32_t stripMode(const SurroundPanner* p, int32_t list) { return rowFader(p, list, -1).mode; }
 
 int32_t faderPosition(int32_t list, int32_t mode, double value) {
     const FaderLaw* law = lawOf(list, mode);
@@ -155,14 +166,11 @@ int32_t faderCentre(int32_t list, int32_t mode) {
 
 StripRowView stripRowView(const SurroundPanner* p, int32_t list, int row) {
     StripRowView view{};
-    int channel = rowChannel(p, list, row);
-    if (channel < 0) return view;
+    const RowFader f = rowFader(p, list, row);
+    if (f.channel < 0) return view;
     view.channel = true;
-    int32_t mode = stripMode(p, list);
-    int32_t kind = kindOf(list, mode);
-    const FaderLaw* law = lawOf(list, mode);
     if (list == STRIP_LIST_INPUTS) {
-        const PanInput& in = inputRecords(p)[channel];
+        const PanInput& in = inputRecords(p)[f.channel];
         int dim = (p->uiFlags & FLAG_IGNORE_REVERSE) ? 2 : 0;
         view.skins[0] = in.mute ? 1 : 0;
         view.skins[1] = in.solo ? 1 : 0;
@@ -171,77 +179,75 @@ StripRowView stripRowView(const SurroundPanner* p, int32_t list, int row) {
         view.skins[4] = uint8_t((in.reverseZ ? 1 : 0) + dim);
         // The LFE channel has no gain or divergence of its own: its row stands grey at 0 dB and 0
         // in those modes, and only its LFE send can be moved.
-        bool lfeRow = (p->channelOptions & CHANNEL_OPTION_LFE_INPUT) && channel == 3;
-        if (law) {
-            double value = sharedLoad(in.*law->inputField);
-            if (lfeRow && kind == KIND_INPUT_GAIN) value = 1.0;
-            if (lfeRow && kind == KIND_INPUT_DIVERGENCE) value = 0.0;
-            view.position = faderPosition(list, mode, value);
+        bool lfeRow = (p->channelOptions & CHANNEL_OPTION_LFE_INPUT) && f.channel == 3;
+        if (f.law) {
+            double value = sharedLoad(in.*f.law->inputField);
+            if (lfeRow && f.kind == KIND_INPUT_GAIN) value = 1.0;
+            if (lfeRow && f.kind == KIND_INPUT_DIVERGENCE) value = 0.0;
+            view.position = faderPosition(list, f.mode, value);
         }
-        view.greyed = lfeRow && kind != KIND_INPUT_LFE;
+        view.greyed = lfeRow && f.kind != KIND_INPUT_LFE;
     } else {
-        const PanSpeaker& sp = speakerRecords(p)[channel];
+        const PanSpeaker& sp = speakerRecords(p)[f.channel];
         view.skins[0] = sp.mute ? 1 : 0;
         view.skins[1] = sp.solo ? 1 : 0;
         // A vacant speaker has nothing to set; an LFE speaker takes no part in panning.
-        view.greyed = sp.vacant || (sp.lfe && kind == KIND_SPEAKER_INFLUENCE);
-        if (law && !view.greyed) view.position = faderPosition(list, mode, sharedLoad(sp.*law->speakerField));
+        view.greyed = sp.vacant || (sp.lfe && f.kind == KIND_SPEAKER_INFLUENCE);
+        if (f.law && !view.greyed) view.position = faderPosition(list, f.mode, sharedLoad(sp.*f.law->speakerField));
     }
     return view;
 }
 
 StripFaderMove stripFaderMoved(SurroundPanner* p, int32_t list, int row, int32_t position, bool ending) {
     StripFaderMove move{};
-    int channel = rowChannel(p, list, row);
-    if (channel < 0) return move;
+    const RowFader f = rowFader(p, list, row);
+    if (f.channel < 0) return move;
     move.acted = true;
-    int32_t mode = stripMode(p, list);
-    int32_t kind = kindOf(list, mode);
-    const FaderLaw* law = lawOf(list, mode);
+    const int channel = f.channel;
     int32_t* selection = p->selectionState;
     if (list == STRIP_LIST_INPUTS) {
-        if (law) {
+        if (f.law) {
             // The group moves by the step this fader made, each member from its own position, so
             // that the members keep their spacing in the fader's scale.
             PanInput* in = inputRecords(p);
             int n = inputCount(p), first = p->firstInputStrip;
             bool all = p->uiFlags & FLAG_EDIT_ALL, lfeInput = p->channelOptions & CHANNEL_OPTION_LFE_INPUT;
-            double step = double(position) - faderPosition(list, mode, sharedLoad(inputValue(p, *law, channel)));
+            double step = double(position) - faderPosition(list, f.mode, sharedLoad(inputValue(p, *f.law, channel)));
             for (int j = 0; j < n; j++) {
                 if (!(j == channel || all || (in[channel].selected && in[j].selected))) continue;
-                if (lfeInput && j == 3 && kind != KIND_INPUT_LFE) continue;
-                double& field = inputValue(p, *law, j);
-                double value = faderValue(list, mode, faderPosition(list, mode, sharedLoad(field)) + step);
+                if (lfeInput && j == 3 && f.kind != KIND_INPUT_LFE) continue;
+                double& field = inputValue(p, *f.law, j);
+                double value = faderValue(list, f.mode, faderPosition(list, f.mode, sharedLoad(field)) + step);
                 if (value == sharedLoad(field)) continue;
                 sharedStore(field, value);
-                if (law->asks == FADER_ASKS_INPUT_GAINS) markInputDirty(p, j);
+                if (f.law->asks == FADER_ASKS_INPUT_GAINS) markInputDirty(p, j);
                 int r = j - first;
                 if (j != channel && r >= 0 && r < STRIP_ROWS) {
                     move.rowsToSet |= uint16_t(1u << r);
-                    move.positions[r] = faderPosition(list, mode, value);
+                    move.positions[r] = faderPosition(list, f.mode, value);
                 }
-                notifyParameter(p, j, -1, VALUE_KINDS[kind].hostCode);
+                notifyParameter(p, j, -1, VALUE_KINDS[f.kind].hostCode);
             }
         }
         if (ending) endGestures(p);
         selection[SELECTION_VALUE_SPEAKER] = -1;
         selection[SELECTION_VALUE_INPUT] = channel;
     } else {
-        if (law) {
-            double& field = speakerRecords(p)[channel].*law->speakerField;
-            double value = faderValue(list, mode, position);
+        if (f.law) {
+            double& field = speakerRecords(p)[channel].*f.law->speakerField;
+            double value = faderValue(list, f.mode, position);
             if (value != sharedLoad(field)) {
                 sharedStore(field, value);
-                if (law->asks == FADER_ASKS_SPEAKERS) sharedStore(p->speakersChanged, uint8_t(1));
-                if (law->asks == FADER_ASKS_ALL_GAINS) markAllInputsDirty(p);
-                if (VALUE_KINDS[kind].hostCode >= 0) notifyParameter(p, -1, channel, VALUE_KINDS[kind].hostCode);
+                if (f.law->asks == FADER_ASKS_SPEAKERS) sharedStore(p->speakersChanged, uint8_t(1));
+                if (f.law->asks == FADER_ASKS_ALL_GAINS) markAllInputsDirty(p);
+                if (VALUE_KINDS[f.kind].hostCode >= 0) notifyParameter(p, -1, channel, VALUE_KINDS[f.kind].hostCode);
             }
         }
         if (ending) endGestures(p);
         selection[SELECTION_VALUE_INPUT] = -1;
         selection[SELECTION_VALUE_SPEAKER] = channel;
     }
-    selection[SELECTION_VALUE_KIND] = kind;
+    selection[SELECTION_VALUE_KIND] = f.kind;
     return move;
 }
 

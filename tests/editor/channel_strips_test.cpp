@@ -20,11 +20,6 @@
 
 namespace {
 
-struct HostCall {
-    int32_t opcode, index;
-    float value;
-};
-
 // A stand-in for the host's fader curve: a cube over -150 .. +12 dB, 0 dB at 793.8. Its round
 // trip through exp and log misses whole positions by a hair, as a real curve does.
 double cubeDbToSlider(double dB) {
@@ -42,18 +37,13 @@ constexpr int MINUS_SIX = 702;  // -6 dB
 constexpr int MODE_GAIN = 0, MODE_LFE = 1, MODE_DIVERGENCE = 2, MODE_DELAY = 3, MODE_INFLUENCE = 1;
 
 struct ChannelStripsTest : PannerFixture {
-    static inline std::vector<HostCall> calls;
+    std::vector<GestureCall>& calls = GestureCallLog::calls;
     SurroundPanner* p = nullptr;
-
-    static intptr_t VST_CALL recording(AEffect* e, int32_t opcode, int32_t index, intptr_t value, void* ptr, float opt) {
-        if (opcode == audioMasterAutomate || opcode == audioMasterBeginEdit || opcode == audioMasterEndEdit)
-            calls.push_back({opcode, index, opt});
-        return callback(e, opcode, index, value, ptr, opt);
-    }
 
     void SetUp() override {
         PannerFixture::SetUp();
-        hostCallback = recording;
+        GestureCallLog::next = callback;
+        hostCallback = GestureCallLog::record;
         hostApi.DB2SLIDER = cubeDbToSlider;
         hostApi.SLIDER2DB = cubeSliderToDb;
         p = make();
@@ -86,12 +76,12 @@ struct ChannelStripsTest : PannerFixture {
 
     int count(int32_t opcode) {
         int n = 0;
-        for (const HostCall& c : calls) n += c.opcode == opcode;
+        for (const GestureCall& c : calls) n += c.opcode == opcode;
         return n;
     }
     std::vector<int> automated() {
         std::vector<int> out;
-        for (const HostCall& c : calls)
+        for (const GestureCall& c : calls)
             if (c.opcode == audioMasterAutomate) out.push_back(c.index);
         return out;
     }
@@ -306,7 +296,7 @@ TEST_F(ChannelStripsTest, HostHearsFaderMovesInsideGestures) {
     EXPECT_EQ(count(audioMasterEndEdit), 2);
     EXPECT_EQ(automated(), (std::vector<int>{inputIndex(2, 0), inputIndex(5, 0), inputIndex(2, 0), inputIndex(5, 0)}));
     float lastOfInput2 = -1;
-    for (const HostCall& c : calls)
+    for (const GestureCall& c : calls)
         if (c.opcode == audioMasterAutomate && c.index == inputIndex(2, 0)) lastOfInput2 = c.value;
     EXPECT_FLOAT_EQ(lastOfInput2, float(in(2).gain / 4)) << "the host's value of the stored gain";
 
