@@ -108,7 +108,7 @@ struct RowFader {
     const FaderLaw* law;
 };
 RowFader rowFader(const SurroundPanner* p, int32_t list, int row) {
-    int32_t mode = int32_t(list == STRIP_LIST_INPUTS ? p->uiFlags & 0xF : p->uiFlags >> 4 & 0xF);
+    int32_t mode = stripMode(p, list);
     return RowFader{rowChannel(p, list, row), mode, kindOf(list, mode), lawOf(list, mode)};
 }
 
@@ -135,7 +135,9 @@ int nameColumnChannel(const SurroundPanner* p, int32_t list, int x, int y) {
 
 }  // namespace
 
-int32_t stripMode(const SurroundPanner* p, int32_t list) { return rowFader(p, list, -1).mode; }
+int32_t stripMode(const SurroundPanner* p, int32_t list) {
+    return int32_t(list == STRIP_LIST_INPUTS ? p->uiFlags & 0xF : p->uiFlags >> 4 & 0xF);
+}
 
 int32_t faderPosition(int32_t list, int32_t mode, double value) {
     const FaderLaw* law = lawOf(list, mode);
@@ -143,7 +145,7 @@ int32_t faderPosition(int32_t list, int32_t mode, double value) {
     switch (law->law) {
         case FADER_LAW_DECIBEL: return hostApi.DB2SLIDER ? wholeStep(hostApi.DB2SLIDER(ampToDb(value))) : 0;
         case FADER_LAW_LINEAR: return wholeStep(value * law->scale);
-        default: return wholeStep(std::sqrt(value / law->scale) * FADER_TOP);
+        default: return wholeStep(std::sqrt(value / law->scale) * STRIP_FADER_TOP);
     }
 }
 
@@ -153,7 +155,7 @@ double faderValue(int32_t list, int32_t mode, double position) {
     switch (law->law) {
         case FADER_LAW_DECIBEL: return hostApi.SLIDER2DB ? dbToAmp(hostApi.SLIDER2DB(position)) : 0.0;
         case FADER_LAW_LINEAR: return position / law->scale;
-        default: return (position / FADER_TOP) * (position / FADER_TOP) * law->scale;
+        default: return (position / STRIP_FADER_TOP) * (position / STRIP_FADER_TOP) * law->scale;
     }
 }
 
