@@ -32,6 +32,7 @@ enum : int32_t {
     FADER_ASKS_SPEAKERS,      // the speakers' analysis
 };
 
+constexpr double STRIP_FADER_TOP = 1000.0;  // a fader runs from 0 to here
 constexpr int32_t CENTRE_AT_UNITY = -1;  // the centre mark stands where the host's curve puts 0 dB
 
 // One fader mode, indexed by the value kind it stands for (kindFromStripMode).

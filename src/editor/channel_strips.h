@@ -13,8 +13,7 @@ struct SurroundPanner;
 // The two lists of strips.
 enum : int32_t { STRIP_LIST_INPUTS = 0, STRIP_LIST_SPEAKERS = 1 };
 
-// The fader's range, and the step between two pages of a list.
-constexpr int32_t STRIP_FADER_TOP = 1000;
+// The step between two pages of a list.
 constexpr int32_t STRIP_PAGE_STEP = 4;
 
 // [any thread] The strip mode a list shows now (uiFlags' nibble of that list).
