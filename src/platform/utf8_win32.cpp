@@ -14,20 +14,18 @@ static_assert(sizeof(wchar_t) == sizeof(char16_t), "the wide calls take UTF-16 c
 
 namespace {
 
-const char* const PROP_OLD_PROC = "QVXUTF8OldProc";
-const char* const PROP_OLD_PROC_WIDE = "QVXUTF8OldProcW";
+const char* const UTF8_PROP_OLD_PROC = "QVXUTF8OldProc";
+const char* const UTF8_PROP_OLD_PROC_WIDE = "QVXUTF8OldProcW";
 
 // Every fixed conversion buffer: 2048 bytes.
-constexpr int FIXED_UNITS = 1024;
+constexpr int UTF8_FIXED_UNITS = 1024;
 // The wide result of GetPrivateProfileStringUtf8 takes the fixed buffer up to this size.
-constexpr DWORD INI_RESULT_FIXED_UP_TO = 1000;
+constexpr DWORD UTF8_INI_RESULT_FIXED_UP_TO = 1000;
 // A wide item of a combo box takes the fixed buffer while its length + 1 is at most this.
-constexpr int LIST_ITEM_FIXED_UP_TO = 1000;
+constexpr int UTF8_LIST_ITEM_FIXED_UP_TO = 1000;
 // getWindowTextUtf8 reads a short text (below this) of a window through a bounded wide buffer.
-constexpr int WINDOW_TEXT_SHORT = 512;
-constexpr int WINDOW_TEXT_SHORT_LIMIT = 1000;
-// A directory scan's entry name in UTF-8.
-constexpr int SCAN_NAME_BYTES = 1300;
+constexpr int UTF8_WINDOW_TEXT_SHORT = 512;
+constexpr int UTF8_WINDOW_TEXT_SHORT_LIMIT = 1000;
 
 // How one argument is converted (MB_ERR_INVALID_CHARS) for a wide call: a fixed buffer below
 // `heapFrom` characters, else a heap block of length + `heapSpare` characters; a length the
@@ -36,8 +34,9 @@ constexpr int SCAN_NAME_BYTES = 1300;
 struct WideArgRule {
     int fixedUnits, heapFrom, heapSpare, unknownLength, reserve;
 };
-const WideArgRule WIDE_FILE_NAME = {FIXED_UNITS, 1000, 12, 1024, FILE_NAME_PREFIX_ROOM};
-const WideArgRule WIDE_INI_ARG = {256, 248, 5, 256, 0};
+constexpr WideArgRule UTF8_WIDE_FILE_NAME = {UTF8_FIXED_UNITS, 1000, 12, 1024, FILE_NAME_PREFIX_ROOM};
+constexpr WideArgRule UTF8_WIDE_INI_ARG = {256, 248, 5, 256, 0};
+static_assert(sizeof(WideFileName::fixed) == UTF8_WIDE_FILE_NAME.fixedUnits * sizeof(wchar_t));
 
 // The class atom of combo boxes, noted by the first hook on the window thread.
 ATOM comboClassAtom = 0;
@@ -70,7 +69,7 @@ void wideArgFree(wchar_t* text, const wchar_t* fixed) {
 
 // A text converted by utf8ToWide for one call: in `fixed` when it fits, else on the heap.
 struct WideText {
-    char16_t fixed[FIXED_UNITS];
+    char16_t fixed[UTF8_FIXED_UNITS];
     wchar_t* text;
 };
 
@@ -99,11 +98,16 @@ auto byFileName(const char* name, Wide wide, Narrow narrow) {
 // The wide arguments of one ini call: the file's name and up to three texts (section, key, and
 // the default or the value).
 struct WideIniCall {
-    wchar_t fileFixed[FIXED_UNITS];
+    wchar_t fileFixed[UTF8_WIDE_FILE_NAME.fixedUnits];
     wchar_t* file;
-    wchar_t fixed[3][256];
+    wchar_t fixed[3][UTF8_WIDE_INI_ARG.fixedUnits];
     wchar_t* args[3];
 };
+
+void wideIniFree(WideIniCall* call) {
+    wideArgFree(call->file, call->fileFixed);
+    for (int k = 0; k < 3; k++) wideArgFree(call->args[k], call->fixed[k]);
+}
 
 // True when the file's name reads as UTF-8 and every argument converted; false leaves nothing
 // held. Null arguments stay null.
@@ -112,18 +116,12 @@ bool wideIniMake(WideIniCall* call, const char* file, const char* a, const char*
     call->file = nullptr;
     if (!file || isUtf8Text(file) != 1) return false;
     bool failed = false;
-    call->file = wideArg(file, call->fileFixed, WIDE_FILE_NAME, &failed);
+    call->file = wideArg(file, call->fileFixed, UTF8_WIDE_FILE_NAME, &failed);
     const char* texts[3] = {a, b, c};
-    for (int k = 0; k < 3 && !failed; k++) call->args[k] = wideArg(texts[k], call->fixed[k], WIDE_INI_ARG, &failed);
-    if (!failed) return true;
-    wideArgFree(call->file, call->fileFixed);
-    for (int k = 0; k < 3; k++) wideArgFree(call->args[k], call->fixed[k]);
-    return false;
-}
-
-void wideIniFree(WideIniCall* call) {
-    wideArgFree(call->file, call->fileFixed);
-    for (int k = 0; k < 3; k++) wideArgFree(call->args[k], call->fixed[k]);
+    for (int k = 0; k < 3 && !failed; k++)
+        call->args[k] = wideArg(texts[k], call->fixed[k], UTF8_WIDE_INI_ARG, &failed);
+    if (failed) wideIniFree(call);
+    return !failed;
 }
 
 // The plain way of a window text: wide when the text isn't plain ASCII and converts, else narrow.
@@ -150,7 +148,8 @@ LRESULT CALLBACK wideTitleProc(HWND window, UINT message, WPARAM wParam, LPARAM 
 }
 
 bool isHookedCombo(HWND window) {
-    return comboClassAtom && GetClassWord(window, GCW_ATOM) == comboClassAtom && GetPropA(window, PROP_OLD_PROC);
+    return comboClassAtom && GetClassWord(window, GCW_ATOM) == comboClassAtom &&
+           GetPropA(window, UTF8_PROP_OLD_PROC);
 }
 
 // The selected item of a hooked combo box without an edit field into `buffer`; false when there
@@ -179,9 +178,9 @@ LRESULT listItemUtf8(HWND window, UINT message, WPARAM index, char* out, WNDPROC
     UINT plain = message & ~UTF8_LIST_MESSAGE;
     UINT lengthMessage = plain == CB_GETLBTEXT ? CB_GETLBTEXTLEN : LB_GETTEXTLEN;
     LRESULT length = CallWindowProcW(wideProc, window, lengthMessage, index, 0);
-    wchar_t fixed[FIXED_UNITS];
+    wchar_t fixed[UTF8_FIXED_UNITS];
     wchar_t* item = fixed;
-    if (length != -1 && length + 1 > LIST_ITEM_FIXED_UP_TO)
+    if (length != -1 && length + 1 > UTF8_LIST_ITEM_FIXED_UP_TO)
         item = static_cast<wchar_t*>(std::malloc(size_t(length) * 2 + 12));
     if (length == -1 || !item) return CallWindowProcA(narrowProc, window, message, index, LPARAM(out));
     LRESULT result = CallWindowProcW(wideProc, window, plain, index, LPARAM(item));
@@ -196,15 +195,15 @@ LRESULT listItemUtf8(HWND window, UINT message, WPARAM index, char* out, WNDPROC
 
 // The sub-class procedure of a hooked combo box.
 LRESULT CALLBACK comboProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    WNDPROC narrowProc = reinterpret_cast<WNDPROC>(GetPropA(window, PROP_OLD_PROC));
+    WNDPROC narrowProc = reinterpret_cast<WNDPROC>(GetPropA(window, UTF8_PROP_OLD_PROC));
     if (!narrowProc) return 0;
-    WNDPROC wideProc = reinterpret_cast<WNDPROC>(GetPropA(window, PROP_OLD_PROC_WIDE));
+    WNDPROC wideProc = reinterpret_cast<WNDPROC>(GetPropA(window, UTF8_PROP_OLD_PROC_WIDE));
     if (!wideProc) wideProc = narrowProc;
     switch (message) {
         case WM_NCDESTROY:
             SetWindowLongPtrA(window, GWLP_WNDPROC, LONG_PTR(narrowProc));
-            RemovePropA(window, PROP_OLD_PROC);
-            RemovePropA(window, PROP_OLD_PROC_WIDE);
+            RemovePropA(window, UTF8_PROP_OLD_PROC);
+            RemovePropA(window, UTF8_PROP_OLD_PROC_WIDE);
             return CallWindowProcA(narrowProc, window, message, wParam, lParam);
         case CB_ADDSTRING:
         case CB_INSERTSTRING:
@@ -241,7 +240,7 @@ LRESULT CALLBACK comboProc(HWND window, UINT message, WPARAM wParam, LPARAM lPar
 bool wideFileNameMake(WideFileName* name, const char* utf8) {
     bool failed = false;
     DWORD error = GetLastError();
-    name->text = wideArg(utf8, name->fixed, WIDE_FILE_NAME, &failed);
+    name->text = wideArg(utf8, name->fixed, UTF8_WIDE_FILE_NAME, &failed);
     SetLastError(error);
     if (!name->text) return false;
     addLongNamePrefix(reinterpret_cast<char16_t*>(name->text));
@@ -289,8 +288,8 @@ static void scanTakeName(DirectoryScanUtf8* scan) {
         scan->name = scan->foundNarrow.cFileName;
         return;
     }
-    if (WideCharToMultiByte(CP_UTF8, 0, scan->foundWide.cFileName, -1, scan->wideName, SCAN_NAME_BYTES, nullptr,
-                            nullptr) < 1)
+    if (WideCharToMultiByte(CP_UTF8, 0, scan->foundWide.cFileName, -1, scan->wideName, int(sizeof scan->wideName),
+                            nullptr, nullptr) < 1)
         scan->wideName[0] = 0;
     scan->name = scan->wideName;
 }
@@ -336,10 +335,10 @@ DWORD GetPrivateProfileStringUtf8(const char* section, const char* key, const ch
     WideIniCall call;
     if (!wideIniMake(&call, file, section, key, fallback))
         return GetPrivateProfileStringA(section, key, fallback, out, size, file);
-    wchar_t fixed[FIXED_UNITS];
+    wchar_t fixed[UTF8_FIXED_UNITS];
     wchar_t* result = fixed;
-    DWORD units = FIXED_UNITS;
-    if (size > INI_RESULT_FIXED_UP_TO) {
+    DWORD units = UTF8_FIXED_UNITS;
+    if (size > UTF8_INI_RESULT_FIXED_UP_TO) {
         units = size + 5;
         result = static_cast<wchar_t*>(std::malloc(size_t(units) * sizeof(wchar_t)));
         if (!result) {
@@ -412,13 +411,13 @@ void getWindowTextUtf8(HWND window, char* buffer, int size) {
     }
     // A short text in a large buffer is read through a buffer of its own size class.
     int limit = size;
-    if (size > WINDOW_TEXT_SHORT) {
+    if (size > UTF8_WINDOW_TEXT_SHORT) {
         int length = GetWindowTextLengthW(window);
-        if (length >= 0 && length < WINDOW_TEXT_SHORT) limit = WINDOW_TEXT_SHORT_LIMIT;
+        if (length >= 0 && length < UTF8_WINDOW_TEXT_SHORT) limit = UTF8_WINDOW_TEXT_SHORT_LIMIT;
     }
-    wchar_t fixed[FIXED_UNITS];
+    wchar_t fixed[UTF8_FIXED_UNITS];
     wchar_t* text = fixed;
-    if (limit > WINDOW_TEXT_SHORT_LIMIT) {
+    if (limit > UTF8_WINDOW_TEXT_SHORT_LIMIT) {
         text = static_cast<wchar_t*>(std::malloc(size_t(limit) * 2 + 10));
         if (!text) {
             GetWindowTextA(window, buffer, size);
@@ -451,9 +450,9 @@ BOOL InsertMenuUtf8(HMENU menu, UINT position, UINT flags, UINT_PTR id, const ch
 }
 
 void hookComboUtf8(HWND combo) {
-    if (!combo || GetPropA(combo, PROP_OLD_PROC)) return;
-    SetPropA(combo, PROP_OLD_PROC_WIDE, reinterpret_cast<HANDLE>(GetWindowLongPtrW(combo, GWLP_WNDPROC)));
+    if (!combo || GetPropA(combo, UTF8_PROP_OLD_PROC)) return;
+    SetPropA(combo, UTF8_PROP_OLD_PROC_WIDE, reinterpret_cast<HANDLE>(GetWindowLongPtrW(combo, GWLP_WNDPROC)));
     LONG_PTR old = SetWindowLongPtrA(combo, GWLP_WNDPROC, LONG_PTR(&comboProc));
-    SetPropA(combo, PROP_OLD_PROC, reinterpret_cast<HANDLE>(old));
+    SetPropA(combo, UTF8_PROP_OLD_PROC, reinterpret_cast<HANDLE>(old));
     if (!comboClassAtom) comboClassAtom = ATOM(GetClassWord(combo, GCW_ATOM));
 }
