@@ -15,6 +15,7 @@
 #include "editor/dialog_layout.h"
 #include "editor/dialog_parts.h"
 #include "editor/dialog_stamps.h"
+#include "editor/selected_controls.h"
 #include "editor/strip_pictures.h"
 #include "engine/instance.h"
 #include "engine/position.h"
@@ -55,7 +56,8 @@ HWND item(HWND dialog, int id) { return GetDlgItem(dialog, id); }
 
 // The combo boxes that take and give UTF-8: the edit rows' three lists, the layouts, and the
 // mode and paging lists under both strip groups.
-const int UTF8_COMBOS[] = {1128, 1129, 1130, IDC_LAYOUT_LIST, IDC_INPUT_MODE_LIST, IDC_INPUT_PAGE_LIST,
+const int UTF8_COMBOS[] = {IDC_EDIT_ROW_LIST_1,   IDC_EDIT_ROW_LIST_1 + 1, IDC_EDIT_ROW_LIST_1 + 2,
+                           IDC_LAYOUT_LIST,       IDC_INPUT_MODE_LIST,     IDC_INPUT_PAGE_LIST,
                            IDC_SPEAKER_PAGE_LIST, IDC_SPEAKER_MODE_LIST};
 
 // An item of a hooked combo box: the narrow message with the UTF-8 text.
