@@ -1,5 +1,7 @@
 #include "platform/file_names.h"
 
+#include "platform/utf8_text.h"
+
 static bool continuation(unsigned char c) { return c >= 0x80 && c <= 0xBF; }
 
 bool looksLikeUtf8(const char* name) {
