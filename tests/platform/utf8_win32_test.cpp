@@ -57,6 +57,7 @@ struct TestWindow {
     }
     ~TestWindow() {
         if (window) DestroyWindow(window);
+        UnregisterClassA("Utf8TestWindow", GetModuleHandleA(nullptr));
     }
     // A child control of a system class, made wide (as the editor dialog makes its items) or narrow.
     HWND child(const char* className, DWORD style, int id, bool wide) {
