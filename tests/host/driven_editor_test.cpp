@@ -157,59 +157,57 @@ struct DrivenEditorTest : ::testing::Test {
         stateChunkFree(&y);
         return out;
     }
+
+    // The steps through the dialog and the handlers through the core: one state, and a changed one.
+    void expectSameState(const std::vector<unsigned char>& start, const std::string& steps,
+                         const std::vector<std::function<void(SurroundPanner*)>>& handlers) {
+        std::vector<unsigned char> dialog;
+        if (!driven(start, steps, &dialog)) GTEST_SKIP() << "no display";
+        std::vector<unsigned char> portable = predicted(start, handlers);
+        ASSERT_FALSE(portable.empty());
+        EXPECT_TRUE(dialog == portable) << difference(dialog, portable);
+        EXPECT_NE(dialog, start);
+    }
 };
 
 constexpr int ENDED = 1;
 
 TEST_F(DrivenEditorTest, CountsFadersButtonsAndTypedValuesSaveWhatTheHandlersPredict) {
-    std::vector<unsigned char> start = startState(6, "5.1 surround");
-    std::vector<unsigned char> dialog;
-    if (!driven(start,
-                "--type 1231=8 --wait 1200 --fader 1241=500 --click 1142 --click 1288 --fader 1079=250 "
-                "--type 1257=-6 --wait 1200",
-                &dialog))
-        GTEST_SKIP() << "no display";
-    std::vector<unsigned char> portable = predicted(start, {
-        [](SurroundPanner* p) { applyInputCountText(p, "8"); },
-        [](SurroundPanner* p) {
-            stripFaderMoved(p, STRIP_LIST_INPUTS, 2, 500, false);
-            stripFaderMoved(p, STRIP_LIST_INPUTS, 2, 500, ENDED);
-        },
-        [](SurroundPanner* p) { stripButtonClicked(p, STRIP_INPUT_MUTE, 0, 0); },
-        [](SurroundPanner* p) { clickSelectedControl(p, 1288); },
-        [](SurroundPanner* p) {
-            moveMixFader(p, false, 250, false);
-            moveMixFader(p, false, 250, ENDED);
-        },
-        [](SurroundPanner* p) { applyValueText(p, "-6"); },
-    });
-    ASSERT_FALSE(portable.empty());
-    EXPECT_TRUE(dialog == portable) << difference(dialog, portable);
-    EXPECT_NE(dialog, start);
+    expectSameState(startState(6, "5.1 surround"),
+                    "--type 1231=8 --wait 1200 --fader 1241=500 --click 1142 --click 1288 --fader 1079=250 "
+                    "--type 1257=-6 --wait 1200",
+                    {
+                        [](SurroundPanner* p) { applyInputCountText(p, "8"); },
+                        [](SurroundPanner* p) {
+                            stripFaderMoved(p, STRIP_LIST_INPUTS, 2, 500, false);
+                            stripFaderMoved(p, STRIP_LIST_INPUTS, 2, 500, ENDED);
+                        },
+                        [](SurroundPanner* p) { stripButtonClicked(p, STRIP_INPUT_MUTE, 0, 0); },
+                        [](SurroundPanner* p) { clickSelectedControl(p, 1288); },
+                        [](SurroundPanner* p) {
+                            moveMixFader(p, false, 250, false);
+                            moveMixFader(p, false, 250, ENDED);
+                        },
+                        [](SurroundPanner* p) { applyValueText(p, "-6"); },
+                    });
 }
 
 TEST_F(DrivenEditorTest, LayoutListSpeakerCountModesAndEditAllSaveWhatTheHandlersPredict) {
-    std::vector<unsigned char> start = startState(4, "Quadraphonic");
-    std::vector<unsigned char> dialog;
-    if (!driven(start,
-                "--select 1131=0 --type 1222=7 --wait 1200 --select 1277=2 --fader 1239=300 --click 1291 "
-                "--click 1292 --type 1035=50 --wait 1200",
-                &dialog))
-        GTEST_SKIP() << "no display";
-    std::vector<unsigned char> portable = predicted(start, {
-        [](SurroundPanner* p) { chooseLayoutEntry(p, 0); },
-        [](SurroundPanner* p) { applySpeakerCountText(p, "7"); },
-        [](SurroundPanner* p) { stripModeChosen(p, STRIP_LIST_INPUTS, 2); },
-        [](SurroundPanner* p) {
-            stripFaderMoved(p, STRIP_LIST_INPUTS, 0, 300, false);
-            stripFaderMoved(p, STRIP_LIST_INPUTS, 0, 300, ENDED);
-        },
-        [](SurroundPanner* p) { clickSelectedControl(p, 1291); },
-        [](SurroundPanner* p) { stripButtonClicked(p, STRIP_INPUT_REVERSE_X, 0, 0); },
-        [](SurroundPanner* p) { applyPositionTexts(p, "50", "", ""); },
-    });
-    ASSERT_FALSE(portable.empty());
-    EXPECT_TRUE(dialog == portable) << difference(dialog, portable);
+    expectSameState(startState(4, "Quadraphonic"),
+                    "--select 1131=0 --type 1222=7 --wait 1200 --select 1277=2 --fader 1239=300 --click 1291 "
+                    "--click 1292 --type 1035=50 --wait 1200",
+                    {
+                        [](SurroundPanner* p) { chooseLayoutEntry(p, 0); },
+                        [](SurroundPanner* p) { applySpeakerCountText(p, "7"); },
+                        [](SurroundPanner* p) { stripModeChosen(p, STRIP_LIST_INPUTS, 2); },
+                        [](SurroundPanner* p) {
+                            stripFaderMoved(p, STRIP_LIST_INPUTS, 0, 300, false);
+                            stripFaderMoved(p, STRIP_LIST_INPUTS, 0, 300, ENDED);
+                        },
+                        [](SurroundPanner* p) { clickSelectedControl(p, 1291); },
+                        [](SurroundPanner* p) { stripButtonClicked(p, STRIP_INPUT_REVERSE_X, 0, 0); },
+                        [](SurroundPanner* p) { applyPositionTexts(p, "50", "", ""); },
+                    });
 }
 
 }  // namespace
