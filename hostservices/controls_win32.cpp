@@ -333,6 +333,11 @@ LRESULT buttonMessage(HWND window, Control* c, UINT message, WPARAM wParam, LPAR
                 notifyParent(window, WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(window), BN_CLICKED), LPARAM(window));
             return 0;
         }
+        case BM_CLICK:
+            // A click without the pointer, as accessibility tools and scripts make it.
+            if (IsWindowEnabled(window))
+                notifyParent(window, WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(window), BN_CLICKED), LPARAM(window));
+            return 0;
         case WM_ENABLE:
             InvalidateRect(window, nullptr, FALSE);
             return 0;

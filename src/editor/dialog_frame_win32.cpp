@@ -15,6 +15,7 @@
 #include "editor/dialog_layout.h"
 #include "editor/dialog_parts.h"
 #include "editor/dialog_stamps.h"
+#include "editor/selected_controls.h"
 #include "editor/strip_pictures.h"
 #include "engine/instance.h"
 #include "engine/position.h"
@@ -24,7 +25,7 @@
 #include "foundation/localize.h"
 #include "layouts/layouts.h"
 #include "platform/platform.h"
-#include "platform/utf16_win32.h"
+#include "platform/utf8_win32.h"
 #include "roomview/paint.h"
 #include "roomview/scene.h"
 
@@ -53,9 +54,14 @@ constexpr UINT MOVE_FLAGS = SWP_NOZORDER | SWP_NOACTIVATE;
 
 HWND item(HWND dialog, int id) { return GetDlgItem(dialog, id); }
 
-void comboAdd(HWND dialog, int id, const char* utf8) {
-    SendDlgItemMessageW(dialog, id, CB_ADDSTRING, 0, LPARAM(wide(utf8).c_str()));
-}
+// The combo boxes that take and give UTF-8: the edit rows' three lists, the layouts, and the
+// mode and paging lists under both strip groups.
+const int UTF8_COMBOS[] = {IDC_EDIT_ROW_LIST_1,   IDC_EDIT_ROW_LIST_1 + 1, IDC_EDIT_ROW_LIST_1 + 2,
+                           IDC_LAYOUT_LIST,       IDC_INPUT_MODE_LIST,     IDC_INPUT_PAGE_LIST,
+                           IDC_SPEAKER_PAGE_LIST, IDC_SPEAKER_MODE_LIST};
+
+// An item of a hooked combo box: the narrow message with the UTF-8 text.
+void comboAdd(HWND dialog, int id, const char* utf8) { SendDlgItemMessageA(dialog, id, CB_ADDSTRING, 0, LPARAM(utf8)); }
 
 // A child's rectangle in the dialog's client pixels.
 PixelRect childRect(HWND dialog, int id) {
@@ -268,16 +274,18 @@ void initDialog(SurroundPanner* p, HWND dialog) {
     if (p->dpiScale < 1) p->dpiScale = 256;
     // Screen-reader texts
     setAccessTexts(dialog, false);
-    // Layouts; every list text goes in through the wide calls, converted from UTF-8.
+    // Combo boxes in UTF-8, before anything is put in them
+    for (int id : UTF8_COMBOS) hookComboUtf8(item(dialog, id));
+    // Layouts
     for (int k = 0; k < 20; k++) {
         const LayoutRow* row = layoutRow(LAYOUT_MENU_ORDER[k]);
         comboAdd(dialog, IDC_LAYOUT_LIST, row ? localize(row->name, SECTION, 0) : "");
     }
     // Speaker presets need the host's rename prompt.
     if (!hostApi.DoRenameDialogEx) ShowWindow(item(dialog, IDC_SPEAKER_PRESETS), SW_HIDE);
-    // Degree signs, in the system code page
-    SetDlgItemTextA(dialog, IDC_ANGLE_XY_LABEL, "XY\xB0:");
-    SetDlgItemTextA(dialog, IDC_ANGLE_Z_LABEL, "Z\xB0:");
+    // Degree signs: the byte 0xB0 of the system code page, which the text layer passes on narrow
+    setDlgItemTextUtf8(dialog, IDC_ANGLE_XY_LABEL, "XY\xB0:");
+    setDlgItemTextUtf8(dialog, IDC_ANGLE_Z_LABEL, "Z\xB0:");
     // Fader modes
     for (const char* text : {"Gain", "LFE", "Divergence", "Delay"}) comboAdd(dialog, IDC_INPUT_MODE_LIST, localize(text, SECTION, 0));
     for (const char* text : {"Gain", "Influence"}) comboAdd(dialog, IDC_SPEAKER_MODE_LIST, localize(text, SECTION, 0));
@@ -410,6 +418,8 @@ intptr_t editorOpen(SurroundPanner* p, void* parent) {
             param = LPARAM(scratch);
         }
     }
+    // A wide dialog: its fields keep text in any script, where narrow ones would hold it in the
+    // system code page. The combo boxes take UTF-8 through their hook all the same.
     HWND dialog = CreateDialogParamW(module, MAKEINTRESOURCEW(DIALOG_TEMPLATE_ID), static_cast<HWND>(parent), proc, param);
     if (hostApi.vac_createGroupsFromTab) hostApi.vac_createGroupsFromTab(nullptr);
     return dialog ? 1 : 0;

@@ -2,9 +2,11 @@
 #include "editor/strip_pictures.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 
 #include "editor/dialog_controls.h"
+#include "editor/dialog_layout.h"
 #include "engine/instance.h"
 #include "engine/records.h"
 #include "foundation/bitmap.h"
@@ -113,28 +115,59 @@ void freeStripSkins(SurroundPanner* p) {
 
 uint32_t textColorFor(uint32_t background) {
     uint32_t r = (background >> 16) & 0xFF, g = (background >> 8) & 0xFF, b = background & 0xFF;
-    return r * 299 + g * 587 + b * 114 >= 128000 ? 0xFF000000 : 0xFFFFFFFF;
+    return 130 * r + 256 * g + 50 * b < 60001 ? 0xFFFFFFFF : 0xFF000000;
 }
+
+namespace {
+
+uint32_t rowColour(int channel) { return channel % 2 ? ROW_ODD : ROW_EVEN; }
+
+// One line of text; count bytes at the most, fewer when a NUL comes first.
+void drawName(MIRQ_IBitmap* bitmap, const char* text, size_t count, TextRect rect, uint32_t colour) {
+    MIRQ_IFont* font = labelFont();
+    if (!font) return;
+    font->setTextColor(int(colour));
+    font->drawText(bitmap, text, int(strnlen(text, count)), &rect, MIRQ_DT_SINGLELINE | MIRQ_DT_NOPREFIX);
+}
+
+}  // namespace
 
 void drawNameStrips(const SurroundPanner* p, MIRQ_IBitmap* bitmap, int rowH) {
     if (!bitmap || rowH < 1) return;
-    int width = bitmap->width();
-    for (int list = 0; list < 2; list++) {
-        int first = list ? p->firstSpeakerStrip : p->firstInputStrip;
-        int count = list ? speakerCount(p) : inputCount(p);
-        for (int r = 0; r < STRIP_ROWS; r++) {
-            int channel = first + r;
-            int top = (list * STRIP_ROWS + r) * rowH;
-            uint32_t background = channel % 2 ? ROW_ODD : ROW_EVEN;
-            fillRect(bitmap, 0, top, width, rowH, background, 1.0f);
-            if (channel < 0 || channel >= count) continue;
-            const char* name = list ? speakerRecords(p)[channel].name : inputRecords(p)[channel].name;
-            MIRQ_IFont* font = labelFont();
-            if (!font) continue;
-            TextRect rect{rowH / 4, top, width - rowH / 4, top + rowH};
-            int old = font->setTextColor(int(textColorFor(background)));
-            font->drawText(bitmap, name, int(strnlen(name, 64)), &rect, MIRQ_DT_VCENTER | MIRQ_DT_SINGLELINE | MIRQ_DT_NOPREFIX);
-            font->setTextColor(old);
+    const int width = bitmap->width();
+    const int swatch = scaled(8, p->dpiScale);
+    const int inputWidth = p->dialogMetrics[METRIC_INPUT_NAME_WIDTH];
+    const int speakerWidth = p->dialogMetrics[METRIC_SPEAKER_NAME_WIDTH];
+
+    // Inputs: the row colour as a swatch, the input's own colour behind its name, a dot on the
+    // selected ones while edits follow the selection.
+    const bool showSelection = !(p->uiFlags & FLAG_EDIT_ALL);
+    for (int r = 0; r < STRIP_ROWS; r++) {
+        const int i = p->firstInputStrip + r, y = r * rowH;
+        if (i < 0 || i >= inputCount(p)) {
+            fillRect(bitmap, 0, y, width, rowH, rowColour(i), 1.0f);
+            continue;
         }
+        const PanInput& in = inputRecords(p)[i];
+        fillRect(bitmap, 0, y, swatch, rowH, rowColour(i), 1.0f);
+        fillRect(bitmap, swatch, y, inputWidth - swatch, rowH, in.color, 1.0f);
+        if (showSelection && in.selected && hostApi.MIRQ_FillCircle)
+            hostApi.MIRQ_FillCircle(bitmap, float(swatch / 2 - 1), float(y + rowH / 2), float(p->dpiScale * 1.5 / 256.0),
+                                    int(textColorFor(rowColour(i))), 1.0f, 0, true);
+        drawName(bitmap, in.name, sizeof in.name, TextRect{swatch + 3, y + 2, inputWidth - swatch - 3, y + rowH}, textColorFor(in.color));
+    }
+
+    // Speakers: numbered names on the row colour.
+    if (MIRQ_IFont* font = labelFont()) font->setTextColor(int(0xFF000000));
+    for (int r = 0; r < STRIP_ROWS; r++) {
+        const int s = p->firstSpeakerStrip + r, y = (STRIP_ROWS + r) * rowH;
+        if (s < 0 || s >= speakerCount(p)) {
+            fillRect(bitmap, 0, y, width, rowH, rowColour(s), 1.0f);
+            continue;
+        }
+        fillRect(bitmap, 0, y, speakerWidth, rowH, rowColour(s), 1.0f);
+        char text[80];
+        std::snprintf(text, sizeof text, "%d %s", s + 1, speakerRecords(p)[s].name);
+        drawName(bitmap, text, sizeof text, TextRect{3, y + 2, speakerWidth - 3, y + rowH}, textColorFor(rowColour(s)));
     }
 }

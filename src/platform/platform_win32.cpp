@@ -1,14 +1,13 @@
 // Win32 side of the platform calls: critical sections, GetTickCount, the private-profile calls
-// through their wide forms (text is UTF-8 inside the program) and GDI fonts.
+// through the text layer's adapters (text is UTF-8 inside the program) and GDI fonts.
 #include "platform/ini_text.h"
 #include "platform/platform.h"
 
 #include <windows.h>
 
 #include <cstring>
-#include <string>
 
-#include "platform/utf16_win32.h"
+#include "platform/utf8_win32.h"
 
 static_assert(sizeof(CRITICAL_SECTION) <= sizeof(RecursiveLock::storage), "lock storage too small");
 
@@ -20,34 +19,26 @@ void lockLeave(RecursiveLock* lock) { LeaveCriticalSection(section(lock)); }
 
 uint32_t tickCount() { return GetTickCount(); }
 
-static std::string narrow(const wchar_t* text) {
-    int n = WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);
-    if (n <= 0) return std::string();
-    std::string out(size_t(n), '\0');
-    WideCharToMultiByte(CP_UTF8, 0, text, -1, &out[0], n, nullptr, nullptr);
-    out.resize(size_t(n - 1));
-    return out;
-}
-
 int iniReadInt(const char* path, const char* section, const char* key, int fallback) {
     if (!path || !*path) return fallback;
-    return int(GetPrivateProfileIntW(wide(section).c_str(), wide(key).c_str(), fallback, wide(path).c_str()));
+    return int(GetPrivateProfileIntUtf8(section, key, fallback, path));
 }
+
+// The program's ini values are short; one longer than this is cut, or through a file name in
+// UTF-8 reads as empty.
+constexpr int INI_VALUE_BYTES = 1000;
 
 int iniReadString(const char* path, const char* section, const char* key, const char* fallback,
                   char* out, int capacity) {
     if (!path || !*path) return iniCopyValue(fallback, out, capacity);
-    std::wstring buffer(32768, L'\0');
-    GetPrivateProfileStringW(wide(section).c_str(), wide(key).c_str(), wide(fallback).c_str(), &buffer[0],
-                             DWORD(buffer.size()), wide(path).c_str());
-    return iniCopyValue(narrow(buffer.c_str()).c_str(), out, capacity);
+    char value[INI_VALUE_BYTES];
+    GetPrivateProfileStringUtf8(section, key, fallback ? fallback : "", value, sizeof value, path);
+    return iniCopyValue(value, out, capacity);
 }
 
 bool iniWriteString(const char* path, const char* section, const char* key, const char* value) {
     if (!path || !*path || !section) return false;
-    std::wstring k = wide(key), v = wide(value);
-    return WritePrivateProfileStringW(wide(section).c_str(), key ? k.c_str() : nullptr, value ? v.c_str() : nullptr,
-                                      wide(path).c_str()) != 0;
+    return WritePrivateProfileStringUtf8(section, key, value, path) != 0;
 }
 
 static void* libraryModule = nullptr;

@@ -3,8 +3,9 @@
 // the same. Called by the shell's construction and destruction.
 #pragma once
 
-// [window thread] Registration takes a window procedure, or null for one that only defers to
-// the system's default handling; false when a class of that name is registered already.
+// [window thread] Registration takes a narrow window procedure (its windows get narrow
+// messages), or null for one that only defers to the system's default handling; false when a
+// class of that name is registered already.
 bool windowClassRegister(const char* name, void* windowProc);
 // [window thread] False when no class of that name is registered by this module.
 bool windowClassUnregister(const char* name);

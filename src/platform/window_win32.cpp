@@ -1,10 +1,10 @@
-// Win32 side of the window calls: real window classes of this module.
+// Win32 side of the window calls: real window classes of this module, narrow ones, as their
+// procedures are (the names are ASCII).
 #include "platform/window.h"
 
 #include <windows.h>
 
 #include "platform/platform.h"
-#include "platform/utf16_win32.h"
 
 static HINSTANCE classInstance() {
     void* module = moduleHandle();
@@ -12,20 +12,19 @@ static HINSTANCE classInstance() {
 }
 
 bool windowClassRegister(const char* name, void* windowProc) {
-    std::wstring className = wide(name);
-    WNDCLASSW wc = {};
+    WNDCLASSA wc = {};
     wc.style = CS_DBLCLKS;
-    wc.lpfnWndProc = windowProc ? reinterpret_cast<WNDPROC>(windowProc) : DefWindowProcW;
+    wc.lpfnWndProc = windowProc ? reinterpret_cast<WNDPROC>(windowProc) : DefWindowProcA;
     wc.hInstance = classInstance();
-    wc.lpszClassName = className.c_str();
-    return RegisterClassW(&wc) != 0;
+    wc.lpszClassName = name;
+    return RegisterClassA(&wc) != 0;
 }
 
 bool windowClassUnregister(const char* name) {
-    return UnregisterClassW(wide(name).c_str(), classInstance()) != 0;
+    return UnregisterClassA(name, classInstance()) != 0;
 }
 
 bool windowClassRegistered(const char* name) {
-    WNDCLASSW wc;
-    return GetClassInfoW(classInstance(), wide(name).c_str(), &wc) != 0;
+    WNDCLASSA wc;
+    return GetClassInfoA(classInstance(), name, &wc) != 0;
 }

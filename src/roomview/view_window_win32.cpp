@@ -7,6 +7,7 @@
 #include "foundation/localize.h"
 #include "foundation/theme_colours.h"
 #include "platform/dib_win32.h"
+#include "platform/utf8_win32.h"
 #include "roomview/overlays.h"
 #include "roomview/paint.h"
 #include "roomview/pointer.h"
@@ -42,11 +43,10 @@ void requestRepaint(HWND view, SurroundPanner* p, uint32_t bits) {
 
 // ---- the buttons' menus ----
 
-// A menu entry's text: the localized UTF-8 text as UTF-16.
+// A menu entry at the end, with its text localized.
 void appendText(HMENU menu, UINT id, bool checked, const char* text) {
-    wchar_t wide[256];
-    if (!MultiByteToWideChar(CP_UTF8, 0, localize(text, "kelvanepan", 0), -1, wide, 256)) wide[0] = 0;
-    AppendMenuW(menu, MF_STRING | (checked ? MF_CHECKED : MF_UNCHECKED), id, wide);
+    InsertMenuUtf8(menu, UINT(-1), MF_BYPOSITION | MF_STRING | (checked ? MF_CHECKED : MF_UNCHECKED), id,
+                   localize(text, "kelvanepan", 0));
 }
 
 // A shape's picture as the button draws it, on the dialog's face, as a 32-bit top-down DIB with

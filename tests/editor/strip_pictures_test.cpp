@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <vector>
+
+#include "editor/dialog_layout.h"
 #include "editor/strip_pictures.h"
 #include "engine/instance.h"
 #include "engine/records.h"
@@ -74,18 +77,62 @@ TEST_F(StripPicturesTest, SkinsHaveThreeFramedFramesInTheirColoursAndAllGoAtClos
     destroyPanner(p);
 }
 
-TEST_F(StripPicturesTest, NameRowsAlternateByChannelForBothLists) {
+// The fill circle of the host, noted: where the selection dot goes and in which colour.
+struct Dot {
+    float x, y, r;
+    int colour;
+};
+std::vector<Dot> dots;
+void noteCircle(MIRQ_IBitmap*, float x, float y, float r, int colour, float, int, bool) { dots.push_back({x, y, r, colour}); }
+
+TEST_F(StripPicturesTest, NameColumnsShowSwatchColourSelectionAndAlternatingRows) {
     countAnswer = 3;
     SurroundPanner* p = createPanner();
+    p->dpiScale = 512;  // swatch 16, row 32
+    p->dialogMetrics[METRIC_INPUT_NAME_WIDTH] = 60;
+    p->dialogMetrics[METRIC_SPEAKER_NAME_WIDTH] = 50;
     p->firstSpeakerStrip = 1;
-    MemoryBitmap names(40, 32 * 4);
-    drawNameStrips(p, &names, 4);
-    EXPECT_EQ(names.pixel(39, 0), 0xFFF0F0F0u) << "input 0";
-    EXPECT_EQ(names.pixel(39, 4), 0xFFE0E0E0u) << "input 1";
-    EXPECT_EQ(names.pixel(39, 15 * 4), 0xFFE0E0E0u) << "row 15 stands for input 15, even past the count";
-    EXPECT_EQ(names.pixel(39, 16 * 4), 0xFFE0E0E0u) << "speaker row 0 is speaker 1";
-    EXPECT_EQ(names.pixel(39, 17 * 4), 0xFFF0F0F0u);
+    inputRecords(p)[1].color = 0xFF102030;
+    inputRecords(p)[1].selected = 1;
+    inputRecords(p)[2].selected = 1;
+    hostApi.MIRQ_FillCircle = noteCircle;
+    dots.clear();
+    const int rowH = 32;
+    MemoryBitmap names(80, 32 * rowH);
+    drawNameStrips(p, &names, rowH);
+
+    // Input rows: the row colour as a swatch, the input's colour to the column's width.
+    EXPECT_EQ(names.pixel(15, 1 * rowH + 1), 0xFFE0E0E0u) << "swatch of input 1 (odd)";
+    EXPECT_EQ(names.pixel(58, 1 * rowH + 1), 0xFF102030u) << "input 1's own colour";
+    EXPECT_EQ(names.pixel(15, 0), 0xFFF0F0F0u) << "swatch of input 0 (even)";
+    EXPECT_EQ(names.pixel(79, 3 * rowH), 0xFFE0E0E0u) << "row past the inputs: row colour, whole width";
+    EXPECT_EQ(names.pixel(79, 4 * rowH), 0xFFF0F0F0u);
+    // One dot per selected input, in the swatch, readable on the row colour.
+    ASSERT_EQ(dots.size(), 2u);
+    EXPECT_FLOAT_EQ(dots[0].x, 7.0f);
+    EXPECT_FLOAT_EQ(dots[0].y, float(rowH + rowH / 2));
+    EXPECT_FLOAT_EQ(dots[0].r, 3.0f);
+    EXPECT_EQ(uint32_t(dots[0].colour), 0xFF000000u);
+    // Edits of all inputs show no selection.
+    p->uiFlags |= FLAG_EDIT_ALL;
+    dots.clear();
+    drawNameStrips(p, &names, rowH);
+    EXPECT_TRUE(dots.empty());
+
+    // Speaker rows start at row 16 and alternate by speaker index: row 0 is speaker 1.
+    EXPECT_EQ(names.pixel(10, 16 * rowH + 1), 0xFFE0E0E0u);
+    EXPECT_EQ(names.pixel(10, 17 * rowH + 1), 0xFFF0F0F0u);
+    const int past = speakerCount(p);  // the first speaker index without a channel
+    EXPECT_EQ(names.pixel(79, (16 + past - 1) * rowH), past % 2 ? 0xFFE0E0E0u : 0xFFF0F0F0u) << "past the speakers: whole width";
+    EXPECT_EQ(names.pixel(49, (16 + past - 2) * rowH + 1), past % 2 ? 0xFFF0F0F0u : 0xFFE0E0E0u) << "the last speaker";
+    hostApi.MIRQ_FillCircle = nullptr;
+    destroyPanner(p);
+}
+
+TEST_F(StripPicturesTest, TextIsWhiteOnDarkAndBlackOnLightByWeightedBytes) {
     EXPECT_EQ(textColorFor(0xFFF0F0F0), 0xFF000000u);
     EXPECT_EQ(textColorFor(0xFF101060), 0xFFFFFFFFu);
-    destroyPanner(p);
+    EXPECT_EQ(textColorFor(0xFF3CC814), 0xFFFFFFFFu) << "weight 60000";
+    EXPECT_EQ(textColorFor(0xFF3CC815), 0xFF000000u) << "weight 60050";
+    EXPECT_EQ(textColorFor(0x00FF0000), 0xFFFFFFFFu) << "red alone weighs 33150";
 }

@@ -266,7 +266,7 @@ TEST(BufferedFileTest, FirstReadsAreStaggeredReaderByReader) {
     }
 }
 
-TEST(BufferedFileTest, Utf8TestAndLongNameForm) {
+TEST(BufferedFileTest, Utf8QuickTestOfTheOpenCall) {
     EXPECT_FALSE(looksLikeUtf8(nullptr));
     EXPECT_FALSE(looksLikeUtf8(""));
     EXPECT_FALSE(looksLikeUtf8("plain/name.txt"));
@@ -278,21 +278,6 @@ TEST(BufferedFileTest, Utf8TestAndLongNameForm) {
     EXPECT_FALSE(looksLikeUtf8(std::string(255, 'a').c_str()));
     EXPECT_TRUE(looksLikeUtf8(std::string(256, 'a').c_str())) << "long names go the wide way";
     EXPECT_TRUE(looksLikeUtf8((std::string(300, 'a') + "\xE9").c_str()));
-
-    auto form = [](const std::wstring& name, int room = 8) {
-        std::vector<wchar_t> buffer(name.begin(), name.end());
-        buffer.resize(name.size() + size_t(room) + 1, L'\0');
-        int n = longNameForm(buffer.data(), int(buffer.size()));
-        std::wstring out(buffer.data());
-        EXPECT_EQ(n, int(out.size()));
-        return out;
-    };
-    std::wstring tail(260, L'x');
-    EXPECT_EQ(form(L"C:/short/name"), L"C:/short/name");
-    EXPECT_EQ(form(L"C:/dir/" + tail), L"\\\\?\\C:\\dir\\" + tail);
-    EXPECT_EQ(form(L"\\\\server/share/" + tail), L"\\\\?\\UNC\\server\\share\\" + tail);
-    EXPECT_EQ(form(L"relative/dir/" + tail), L"relative/dir/" + tail) << "neither drive nor share";
-    EXPECT_EQ(form(L"\\\\server/share/" + tail, 5), L"\\\\server/share/" + tail) << "no room: unchanged";
 }
 
 TEST(BufferedFileTest, LongNamesOpenAndMove) {

@@ -23,6 +23,7 @@ TEST(EditorWindowTest, OnLinuxEditSaysInOneLineThatTheEditorIsAWindowsDialog) {
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <vector>
 #include <string>
 #include <utility>
@@ -35,6 +36,7 @@ TEST(EditorWindowTest, OnLinuxEditSaysInOneLineThatTheEditorIsAWindowsDialog) {
 #include "host/editor_host.h"
 #include "host/safe_output.h"
 #include "host/session.h"
+#include "platform/utf8_win32.h"
 #include "tests/host/plugin_paths.h"
 
 namespace {
@@ -124,6 +126,27 @@ void playBlocks(AEffect* effect, int inputs, int speakers) {
             for (int f = 0; f < FRAMES; f++) c[size_t(f)] = 0.5 * std::sin(0.05 * (block * FRAMES + f));
         effect->processDoubleReplacing(effect, inPtr.data(), outPtr.data(), FRAMES);
     }
+}
+
+// A host that translates into three scripts: the dialog's lists and labels must hold them whole.
+const char* translateScripts(const char* text, const char*, int) {
+    static const std::pair<const char*, const char*> TRANSLATIONS[] = {
+        {"5.1 surround", "5.1 \xCE\xBA\xCF\x85\xCE\xBA\xCE\xBB\xCE\xB9\xCE\xBA\xCF\x8C"},  // κυκλικό
+        {"Gain", "\xE5\xA2\x9E\xE7\x9B\x8A"},                                          // 增益
+        {"Delay", "\xE5\xBB\xB6\xE8\xBF\x9F \xF0\x9F\x95\x92"},                          // 延迟 🕒
+        {"Influence", "\xCE\x95\xCF\x80\xCE\xB9\xCF\x81\xCF\x81\xCE\xBF\xCE\xAE \xF0\x9F\x94\x8A"},  // Επιρροή 🔊
+    };
+    for (const auto& [from, to] : TRANSLATIONS)
+        if (!std::strcmp(text, from)) return to;
+    return text;
+}
+
+// An item of a combo box as the box holds it, asked below the dialog's UTF-8 hook.
+std::wstring heldItem(HWND combo, int index) {
+    WNDPROC own = reinterpret_cast<WNDPROC>(GetPropA(combo, "QVXUTF8OldProcW"));
+    wchar_t text[64] = {0};
+    if (own) CallWindowProcW(own, combo, CB_GETLBTEXT, WPARAM(index), LPARAM(text));
+    return text;
 }
 
 struct EditorWindowTest : ::testing::Test {
@@ -297,5 +320,53 @@ TEST_F(EditorWindowTest, AScaledHostThatWrapsTheProcedureGetsScaledStrips) {
     EXPECT_EQ(mute1.y - mute0.y, 32);
     EXPECT_EQ(rectOf(dialog, stripControlId(STRIP_SPEAKER_METER, 0)).h, 12);
     EXPECT_EQ(rectOf(dialog, IDC_INPUT_GROUP).h, 4 * 32 + 64);
+}
+
+TEST_F(EditorWindowTest, ListsAndLabelsHoldTextInAnyScript) {
+    if (!open(8, "5.1 surround", {{"__localizeFunc", reinterpret_cast<void*>(&translateScripts)}}))
+        GTEST_SKIP() << "no window can be made here (no display)";
+    editorHostRun(&h, 120);
+    HWND dialog = static_cast<HWND>(editorHostDialog(&h));
+    ASSERT_NE(dialog, nullptr);
+    for (int id : {1128, 1129, 1130, 1131, 1277, 1279, 1281, 1283}) {
+        EXPECT_NE(GetPropA(GetDlgItem(dialog, id), "QVXUTF8OldProc"), nullptr) << "combo box " << id << " is hooked";
+        EXPECT_NE(GetPropA(GetDlgItem(dialog, id), "QVXUTF8OldProcW"), nullptr) << "combo box " << id;
+    }
+    HWND layouts = GetDlgItem(dialog, IDC_LAYOUT_LIST);
+    HWND inputModes = GetDlgItem(dialog, IDC_INPUT_MODE_LIST);
+    HWND speakerModes = GetDlgItem(dialog, IDC_SPEAKER_MODE_LIST);
+    const char* surroundName = translateScripts("5.1 surround", "", 0);
+    LRESULT surround = SendMessageA(layouts, CB_FINDSTRINGEXACT, WPARAM(-1), LPARAM(surroundName));
+    ASSERT_GE(surround, 0);
+    EXPECT_EQ(heldItem(layouts, int(surround)), L"5.1 \u03BA\u03C5\u03BA\u03BB\u03B9\u03BA\u03CC");
+    EXPECT_EQ(heldItem(inputModes, 0), L"\u589E\u76CA");
+    EXPECT_EQ(heldItem(inputModes, 3), L"\u5EF6\u8FDF \U0001F552");
+    EXPECT_EQ(heldItem(speakerModes, 1), L"\u0395\u03C0\u03B9\u03C1\u03C1\u03BF\u03AE \U0001F50A");
+    // The narrow message gives the UTF-8 back, in a buffer of the bound the box tells.
+    LRESULT bound = SendMessageA(speakerModes, CB_GETLBTEXTLEN, 1, 0);
+    EXPECT_EQ(bound, 10 * 4 + 32);
+    std::string item(size_t(bound), '#');
+    SendMessageA(speakerModes, CB_GETLBTEXT, 1, LPARAM(item.data()));
+    EXPECT_STREQ(item.c_str(), translateScripts("Influence", "kelvanepan", 0));
+
+    // The degree signs are the system code page's, shown as the sign itself.
+    wchar_t label[16] = {0};
+    GetDlgItemTextW(dialog, IDC_ANGLE_XY_LABEL, label, 16);
+    EXPECT_STREQ(label, L"XY\u00B0:");
+    GetDlgItemTextW(dialog, IDC_ANGLE_Z_LABEL, label, 16);
+    EXPECT_STREQ(label, L"Z\u00B0:");
+
+    // The dialog's fields are wide windows: text in any script is kept whole.
+    EXPECT_TRUE(IsWindowUnicode(GetDlgItem(dialog, IDC_VALUE_EDIT)));
+    const char* typed = "\xCE\x95\xCE\xBB \xE4\xB8\xAD \xF0\x9F\x8E\xB5";
+    setDlgItemTextUtf8(dialog, IDC_VALUE_EDIT, typed);
+    char back[64];
+    getDlgItemTextUtf8(dialog, IDC_VALUE_EDIT, back, sizeof back);
+    EXPECT_STREQ(back, typed);
+
+    std::vector<unsigned char> png = editorHostCapture(&h);
+    std::string error;
+    CreateDirectoryA(besideTestProgram("../editor-captures").c_str(), nullptr);
+    EXPECT_TRUE(writeFileSafely(besideTestProgram("../editor-captures/editor-translated.png"), png, &error)) << error;
 }
 #endif

@@ -159,6 +159,13 @@ TEST_F(HostControlsTest, ButtonDrawsItsSkinFramesAndReportsClicks) {
     SendMessageW(button, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(5, 5));
     SendMessageW(button, WM_LBUTTONUP, 0, MAKELPARAM(50, 5));
     EXPECT_EQ(reports.size(), 1u);
+    // A click without the pointer counts, except on a disabled button.
+    SendMessageW(button, BM_CLICK, 0, 0);
+    ASSERT_EQ(reports.size(), 2u);
+    EXPECT_EQ(HIWORD(reports[1].wParam), BN_CLICKED);
+    EnableWindow(button, FALSE);
+    SendMessageW(button, BM_CLICK, 0, 0);
+    EXPECT_EQ(reports.size(), 2u);
     DestroyWindow(button);
     mirqDestroy(bitmap);
 }

@@ -25,27 +25,17 @@
 
 namespace {
 
-struct HostCall {
-    int32_t opcode, index;
-    float value;
-};
-
 constexpr int W = 520, H = 520, SMALL_W = 240, SMALL_H = 160;
 
 struct PointerTest : PannerFixture {
-    static inline std::vector<HostCall> calls;
+    static inline std::vector<GestureCall>& calls = GestureCallLog::calls;
     SurroundPanner* p = nullptr;
     bool captured = false;
 
-    static intptr_t VST_CALL recording(AEffect* e, int32_t opcode, int32_t index, intptr_t value, void* ptr, float opt) {
-        if (opcode == audioMasterAutomate || opcode == audioMasterBeginEdit || opcode == audioMasterEndEdit)
-            calls.push_back({opcode, index, opt});
-        return callback(e, opcode, index, value, ptr, opt);
-    }
-
     void SetUp() override {
         PannerFixture::SetUp();
-        hostCallback = recording;
+        GestureCallLog::next = callback;
+        hostCallback = GestureCallLog::record;
         p = createPanner();
         ASSERT_TRUE(p);
         applyLayout(p, layoutNamed("5.1 surround"));
@@ -163,7 +153,7 @@ TEST_F(PointerTest, DragInEveryPaneLandsUnderThePointer) {
         // The host got the new values in gestures that closed at the release, input 1's alone.
         ASSERT_FALSE(calls.empty());
         expectGestureOrder(calls);
-        EXPECT_FALSE(std::any_of(calls.begin(), calls.end(), [](const HostCall& h) { return h.index >= 6 + 9; }));
+        EXPECT_FALSE(std::any_of(calls.begin(), calls.end(), [](const GestureCall& h) { return h.index >= 6 + 9; }));
     }
 }
 
