@@ -179,8 +179,6 @@ bool playStep(EditorHost* h, HWND dialog, const EditStep& step, std::string* err
     return true;
 }
 
-}  // namespace
-
 // A pick armed by an earlier step has had its menu once the next step is played.
 bool pickSettled(const EditStep* pickStep, std::string* error) {
     if (!pickStep) return true;
@@ -205,6 +203,8 @@ bool editIniFile(const EditOptions& o, std::string* ini, std::string* error) {
     if (!folderExists(*ini)) return *error = "--ini " + *ini + ": the folder does not exist", false;
     return true;
 }
+
+}  // namespace
 
 int commandEdit(int argc, char** argv, const char* defaultPlugin) {
     EditOptions o;

@@ -79,7 +79,7 @@ void beginNameEdit(SurroundPanner* p, HWND dialog, int item, bool backward) {
     SetWindowLongPtrW(field, GWLP_USERDATA, NAME_FIELD_MARK);
     SetWindowTextUtf8(field, name);
     SendMessageW(field, EM_SETSEL, 0, -1);
-    // Above the name column the dialog paints itself.
+    // On top of the name column, which the dialog paints itself.
     SetWindowPos(field, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
     ShowWindow(field, SW_SHOW);
     SetFocus(field);
