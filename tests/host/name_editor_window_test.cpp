@@ -1,6 +1,6 @@
 // The in-place name editor under a window system: the field over a strip's name takes typed
 // Greek, Chinese and emoji through the host's key hook, Return keeps the text, Escape drops it,
-// Tab moves on, a focus elsewhere keeps it, and the name reaches the strip and the state chunk.
+// Tab and Shift-Tab move on, a focus elsewhere keeps it, and the name reaches the strip and the state chunk.
 // A second instance's field closes the first one's without its text. Windows builds only, with
 // a display (Xvfb under wine); without one the tests skip.
 #if defined(_WIN32)
@@ -38,6 +38,14 @@ std::string fieldText(HWND field) {
     char utf8[512] = {0};
     WideCharToMultiByte(CP_UTF8, 0, text, -1, utf8, sizeof utf8, nullptr, nullptr);
     return utf8;
+}
+
+// Shift as GetKeyState reports it on this thread from now on.
+void holdShift(bool held) {
+    BYTE keys[256];
+    GetKeyboardState(keys);
+    keys[VK_SHIFT] = held ? 0x80 : 0;
+    SetKeyboardState(keys);
 }
 
 struct NameEditorWindowTest : ::testing::Test {
@@ -125,6 +133,17 @@ TEST_F(NameEditorWindowTest, ANameTypedInPlaceReachesTheStripAndTheStateChunk) {
     EXPECT_EQ(editorHostKeyField(a.dialog), nullptr);
     EXPECT_STREQ(inputRecords(p)[3].name, "channel 4");
 
+    // Shift-Tab walks back.
+    field = begin(a, 3);
+    holdShift(true);
+    type(a, field, "Back", VK_TAB);
+    holdShift(false);
+    EXPECT_STREQ(inputRecords(p)[3].name, "Back");
+    field = static_cast<HWND>(editorHostKeyField(a.dialog));
+    ASSERT_NE(field, nullptr);
+    EXPECT_EQ(fieldText(field), "Bass");
+    type(a, field, "", VK_ESCAPE);
+
     // The focus elsewhere: the field goes, its text kept.
     field = begin(a, 0);
     type(a, field, "Voix", 0);
@@ -144,6 +163,7 @@ TEST_F(NameEditorWindowTest, ANameTypedInPlaceReachesTheStripAndTheStateChunk) {
     EXPECT_STREQ(state.inputs[0].name, "Voix");
     EXPECT_EQ(std::string(state.inputs[1].name), name);
     EXPECT_STREQ(state.inputs[2].name, "Bass");
+    EXPECT_STREQ(state.inputs[3].name, "Back");
     stateChunkFree(&state);
 }
 
