@@ -83,6 +83,38 @@ bool parseSend(const std::string& value, EditStep* step, std::string* why) {
     return true;
 }
 
+// "N/N/N": a position in the menu, then in the submenu of that item, and so on.
+bool parsePick(const std::string& value, EditStep* step, std::string* why) {
+    size_t start = 0;
+    for (;;) {
+        size_t slash = value.find('/', start);
+        std::string part = value.substr(start, slash == std::string::npos ? std::string::npos : slash - start);
+        long long v;
+        if (!wholeNumber(part, 0, 999, &v)) return *why = "not a menu position from 0 to 999: '" + part + "'", false;
+        step->path.push_back(int(v));
+        if (slash == std::string::npos) break;
+        start = slash + 1;
+    }
+    if (step->path.size() > 3) return *why = "more than three menu levels", false;
+    return true;
+}
+
+// "input:N=TEXT" or "speaker:N=TEXT", N counting the strips from 1.
+bool parseRename(const std::string& value, EditStep* step, std::string* why) {
+    std::string strip, channel;
+    if (!splitAssignment(value, &strip, &step->text)) return *why = "not input:N=TEXT or speaker:N=TEXT", false;
+    size_t colon = strip.find(':');
+    std::string side = strip.substr(0, colon);
+    if (colon == std::string::npos || (side != "input" && side != "speaker"))
+        return *why = "not input:N=TEXT or speaker:N=TEXT", false;
+    long long v;
+    channel = strip.substr(colon + 1);
+    if (!wholeNumber(channel, 1, 128, &v)) return *why = "no channel from 1 to 128: '" + channel + "'", false;
+    step->speaker = side == "speaker";
+    step->number = int32_t(v - 1);
+    return true;
+}
+
 bool parseStep(const ParsedOption& o, EditStep* step, std::string* why) {
     std::string left, right;
     long long v;
@@ -93,6 +125,14 @@ bool parseStep(const ParsedOption& o, EditStep* step, std::string* why) {
     if (o.name == "--click") {
         step->kind = EDIT_STEP_CLICK;
         return controlId(o.value, &step->control) || (*why = "no control id 0 to 65535", false);
+    }
+    if (o.name == "--pick") {
+        step->kind = EDIT_STEP_PICK;
+        return parsePick(o.value, step, why);
+    }
+    if (o.name == "--rename-strip") {
+        step->kind = EDIT_STEP_RENAME;
+        return parseRename(o.value, step, why);
     }
     if (o.name == "--wait") {
         step->kind = EDIT_STEP_WAIT;
@@ -122,7 +162,8 @@ bool parseStep(const ParsedOption& o, EditStep* step, std::string* why) {
 }  // namespace
 
 const std::vector<OptionSpec> EDIT_STEP_OPTIONS = {
-    {"--send", true}, {"--type", true}, {"--click", true}, {"--select", true}, {"--fader", true}, {"--wait", true},
+    {"--send", true}, {"--type", true},  {"--click", true}, {"--select", true},
+    {"--fader", true}, {"--wait", true}, {"--pick", true},  {"--rename-strip", true},
 };
 
 bool editMessageFromText(const std::string& text, uint32_t* message) {

@@ -6,14 +6,17 @@
 #include <windows.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <string>
 #include <vector>
 
+#include "editor/dialog_controls.h"
 #include "host/args.h"
 #include "host/edit_steps.h"
 #include "host/editor_host.h"
 #include "host/safe_output.h"
 #include "host/session.h"
+#include "hostservices/services.h"
 
 namespace {
 
@@ -32,6 +35,9 @@ struct EditOptions {
     std::string plugin;
     int channels = 2;
     int layoutId = -1;
+    std::string ini;
+    std::string tracks;
+    std::string replies;
     std::string state;
     std::string saveState;
     std::string capture;
@@ -41,8 +47,9 @@ struct EditOptions {
 };
 
 bool parseEdit(int argc, char** argv, const char* defaultPlugin, EditOptions* o, std::string* error) {
-    std::vector<OptionSpec> specs = {{"--channels", true}, {"--layout", true}, {"--state", true},
-                                     {"--save-state", true}, {"--capture", true}, {"--after", true}};
+    std::vector<OptionSpec> specs = {{"--channels", true},   {"--layout", true},  {"--state", true},
+                                     {"--save-state", true}, {"--capture", true}, {"--after", true},
+                                     {"--ini", true},        {"--tracks", true},  {"--replies", true}};
     specs.insert(specs.end(), EDIT_STEP_OPTIONS.begin(), EDIT_STEP_OPTIONS.end());
     ParsedArgs args;
     if (!parseArgs(argc, argv, specs, &args, error)) return false;
@@ -52,6 +59,9 @@ bool parseEdit(int argc, char** argv, const char* defaultPlugin, EditOptions* o,
         return false;
     if (optionGiven(args, "--layout") && (o->layoutId = layoutFromOption(optionValue(args, "--layout"), error)) < 0)
         return false;
+    o->ini = optionValue(args, "--ini");
+    o->tracks = optionValue(args, "--tracks");
+    o->replies = optionValue(args, "--replies");
     o->state = optionValue(args, "--state");
     o->saveState = optionValue(args, "--save-state");
     o->capture = optionValue(args, "--capture");
@@ -68,7 +78,8 @@ bool parseEdit(int argc, char** argv, const char* defaultPlugin, EditOptions* o,
 
 // Every file the command writes differs from every file it reads, and from the other output.
 bool checkOutputs(const EditOptions& o, std::string* error) {
-    std::vector<NamedInput> inputs = {{"the plugin", o.plugin}, {"--state", o.state}};
+    std::vector<NamedInput> inputs = {{"the plugin", o.plugin}, {"--state", o.state}, {"--tracks", o.tracks},
+                                      {"--replies", o.replies}, {"--ini", o.ini}};
     for (const std::string* out : {&o.capture, &o.saveState}) {
         if (out->empty()) continue;
         if (!folderExists(*out)) return *error = *out + ": the folder does not exist", false;
@@ -93,12 +104,54 @@ void typeText(HWND field, const std::string& utf8) {
         if (c) SendMessageW(field, WM_CHAR, WPARAM(c), 1);
 }
 
+// The first channel a strip list shows: its paging list picks every fourth from the first.
+int firstStrip(HWND dialog, bool speaker) {
+    HWND paging = GetDlgItem(dialog, speaker ? IDC_SPEAKER_PAGE_LIST : IDC_INPUT_PAGE_LIST);
+    LRESULT page = paging && IsWindowVisible(paging) ? SendMessageW(paging, CB_GETCURSEL, 0, 0) : 0;
+    return page > 0 ? int(page) * 4 : 0;
+}
+
+RECT childRect(HWND dialog, int id) {
+    RECT r{};
+    GetWindowRect(GetDlgItem(dialog, id), &r);
+    MapWindowPoints(nullptr, dialog, reinterpret_cast<POINT*>(&r), 2);
+    return r;
+}
+
+// A user renaming a channel in place: a double click on its name in the strips, the new name
+// typed over the old one, Return. The name column lies between the row's last button or meter
+// and its fader.
+bool renameStrip(EditorHost* h, HWND dialog, const EditStep& step, std::string* error) {
+    int row = step.number - firstStrip(dialog, step.speaker);
+    int fader = step.speaker ? STRIP_SPEAKER_FADER : STRIP_INPUT_FADER;
+    int before = step.speaker ? STRIP_SPEAKER_METER : STRIP_INPUT_REVERSE_Z;
+    if (row < 0 || row >= STRIP_ROWS || !IsWindowVisible(GetDlgItem(dialog, stripControlId(fader, row))))
+        return *error = step.option + ": the strips show no such channel now", false;
+    RECT left = childRect(dialog, stripControlId(before, row)), right = childRect(dialog, stripControlId(fader, row));
+    LPARAM at = MAKELPARAM((left.right + right.left) / 2, (right.top + right.bottom) / 2);
+    for (UINT message : {WM_LBUTTONDOWN, WM_LBUTTONUP, WM_LBUTTONDBLCLK, WM_LBUTTONUP})
+        SendMessageW(dialog, message, message == WM_LBUTTONUP ? 0 : MK_LBUTTON, at);
+    editorHostRun(h, 50);
+    HWND field = static_cast<HWND>(editorHostKeyField(dialog));
+    if (!field) return *error = step.option + ": the double click opened no name field", false;
+    editorHostPostText(field, step.text);
+    editorHostPostKey(field, VK_RETURN);
+    editorHostRun(h, STEP_SETTLE_MS);
+    if (editorHostKeyField(dialog)) return *error = step.option + ": Return left the name field open", false;
+    return true;
+}
+
 // One step on the open dialog. False with a one-line reason when it names no control.
 bool playStep(EditorHost* h, HWND dialog, const EditStep& step, std::string* error) {
     if (step.kind == EDIT_STEP_WAIT) {
         editorHostRun(h, step.number);
         return true;
     }
+    if (step.kind == EDIT_STEP_PICK) {
+        editorHostPickMenu(step.path);
+        return true;
+    }
+    if (step.kind == EDIT_STEP_RENAME) return renameStrip(h, dialog, step, error);
     HWND target = step.control ? GetDlgItem(dialog, step.control) : dialog;
     if (!target) return *error = step.option + ": the editor has no control " + std::to_string(step.control), false;
     WPARAM notifyId = WPARAM(step.control);
@@ -118,9 +171,36 @@ bool playStep(EditorHost* h, HWND dialog, const EditStep& step, std::string* err
             SendMessageW(dialog, scroll, MAKEWPARAM(SCROLL_END, 0), LPARAM(target));
             break;
         }
-        case EDIT_STEP_WAIT: break;
+        case EDIT_STEP_WAIT:
+        case EDIT_STEP_PICK:
+        case EDIT_STEP_RENAME: break;
     }
     editorHostRun(h, STEP_SETTLE_MS);
+    return true;
+}
+
+// A pick armed by an earlier step has had its menu once the next step is played.
+bool pickSettled(const EditStep* pickStep, std::string* error) {
+    if (!pickStep) return true;
+    int state = editorHostPickState();
+    if (state == EDITOR_PICK_WAITING) {
+        editorHostPickCancel();
+        return *error = pickStep->option + ": no popup menu opened", false;
+    }
+    if (state == EDITOR_PICK_FAILED) return *error = pickStep->option + ": the menu has no item there to choose", false;
+    return true;
+}
+
+// The host's ini file: the one given, else the user's, as kelvane-host preset takes it, so that
+// presets saved in the editor are the command's.
+bool editIniFile(const EditOptions& o, std::string* ini, std::string* error) {
+    *ini = o.ini;
+    if (ini->empty()) {
+        *ini = userIniPath("kelvane-host");
+        std::error_code ec;
+        std::filesystem::create_directories(std::filesystem::path(*ini).parent_path(), ec);
+    }
+    if (!folderExists(*ini)) return *error = "--ini " + *ini + ": the folder does not exist", false;
     return true;
 }
 
@@ -133,8 +213,20 @@ int commandEdit(int argc, char** argv, const char* defaultPlugin) {
     std::vector<unsigned char> chunk;
     if (!o.state.empty() && !readChunkFile(o.state, &chunk, &error)) return fail(error);
 
+    std::string ini;
+    if (!editIniFile(o, &ini, &error)) return fail(error);
+
     PluginSession s{};
-    if (!sessionOpen(&s, o.plugin.c_str(), o.channels, nullptr, 48000.0, &error)) return fail(error);
+    if (!sessionOpen(&s, o.plugin.c_str(), o.channels, ini.c_str(), 48000.0, &error)) return fail(error);
+    // The project and the answers to the name prompt; a run that is not interactive never waits
+    // for a user, so without answers every prompt is cancelled.
+    bool interactive = o.capture.empty() && o.saveState.empty() && !o.afterGiven;
+    s.host->renameScripted = !interactive;
+    if ((!o.tracks.empty() && !refHostLoadTracks(s.host, o.tracks.c_str(), &error)) ||
+        (!o.replies.empty() && !refHostLoadReplies(s.host, o.replies.c_str(), &error))) {
+        sessionClose(&s);
+        return fail(error);
+    }
     if (!chunk.empty()) sessionLoadState(&s, chunk);
     if (o.layoutId >= 0 && !sessionApplyLayout(&s, o.layoutId, &error)) {
         sessionClose(&s);
@@ -142,7 +234,6 @@ int commandEdit(int argc, char** argv, const char* defaultPlugin) {
     }
     if (chunk.empty() && sessionInputCount(&s) != o.channels) sessionWriteNamed(&s, "NUMCHANNELS", std::to_string(o.channels));
 
-    bool interactive = o.capture.empty() && o.saveState.empty() && !o.afterGiven;
     EditorHost h{};
     if (!editorHostOpen(&h, s.effect, interactive, &error)) {
         sessionClose(&s);
@@ -151,18 +242,20 @@ int commandEdit(int argc, char** argv, const char* defaultPlugin) {
     HWND dialog = static_cast<HWND>(editorHostDialog(&h));
     int status = 0;
     editorHostRun(&h, STEP_SETTLE_MS);
-    for (const EditStep& step : o.steps)
-        if (!playStep(&h, dialog, step, &error)) {
+    const EditStep* armedPick = nullptr;
+    for (const EditStep& step : o.steps) {
+        if (!playStep(&h, dialog, step, &error) || (step.kind != EDIT_STEP_PICK && !pickSettled(armedPick, &error))) {
             status = fail(error);
             break;
         }
+        if (step.kind == EDIT_STEP_PICK) armedPick = &step;
+        else armedPick = nullptr;
+    }
+    if (status == 0 && armedPick && !pickSettled(armedPick, &error)) status = fail(error);
     if (status == 0 && interactive) {
         // Until the user closes the window.
         MSG msg;
-        while (IsWindow(static_cast<HWND>(h.window)) && GetMessageW(&msg, nullptr, 0, 0) > 0) {
-            TranslateMessage(&msg);
-            DispatchMessageW(&msg);
-        }
+        while (IsWindow(static_cast<HWND>(h.window)) && GetMessageW(&msg, nullptr, 0, 0) > 0) editorHostDispatch(&msg);
     } else if (status == 0) {
         editorHostRun(&h, o.afterMs);
         if (!o.capture.empty()) {

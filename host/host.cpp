@@ -8,8 +8,14 @@
 #include <utility>
 
 #include "foundation/host_api.h"
+#include "host/key_hooks.h"
+#include "host/name_prompt.h"
+#include "host/sending_tracks.h"
 #include "hostservices/draw_library.h"
 #include "hostservices/services.h"
+#include "platform/ini_text.h"
+
+const char* const RENAME_CANCEL = "<cancel>";
 
 namespace {
 
@@ -20,6 +26,7 @@ std::mutex slotsMutex;
 
 intptr_t handleCall(RefHost* host, AEffect* effect, int32_t opcode, int32_t index, intptr_t value, void* ptr,
                     float opt);
+int answerNamePrompt(RefHost* host, void* owner, const char* title, const char* prompt, char* buffer, int size);
 
 template <int N>
 struct Slot {
@@ -38,18 +45,23 @@ struct Slot {
         auto it = host->translations.find(std::string(section ? section : "") + '\n' + text);
         return it == host->translations.end() ? text : it->second.c_str();
     }
+    static int renameDialog(void* owner, const char* title, const char* prompt, char* buffer, int size) {
+        RefHost* host = hostSlots[N];
+        return host ? answerNamePrompt(host, owner, title, prompt, buffer, size) : 0;
+    }
 };
 
 struct SlotFunctions {
     audioMasterCallback callback;
     const char* (*iniFile)();
     const char* (*localizeFunc)(const char*, const char*, int);
+    int (*renameDialog)(void*, const char*, const char*, char*, int);
 };
 
 template <size_t... I>
 constexpr auto makeSlotTable(std::index_sequence<I...>) {
     return std::array<SlotFunctions, sizeof...(I)>{
-        SlotFunctions{&Slot<I>::callback, &Slot<I>::iniFile, &Slot<I>::localizeFunc}...};
+        SlotFunctions{&Slot<I>::callback, &Slot<I>::iniFile, &Slot<I>::localizeFunc, &Slot<I>::renameDialog}...};
 }
 
 const auto SLOT_FUNCTIONS = makeSlotTable(std::make_index_sequence<REF_HOST_MAX>());
@@ -87,6 +99,18 @@ intptr_t handleCall(RefHost* host, AEffect* effect, int32_t opcode, int32_t inde
     }
 }
 
+// The name prompt: the next scripted answer, or the user in a window.
+int answerNamePrompt(RefHost* host, void* owner, const char* title, const char* prompt, char* buffer, int size) {
+    host->renameTitles.push_back(title ? title : "");
+    if (!host->renameScripted) return hostNamePrompt(owner, title, prompt, buffer, size);
+    if (host->renameReplies.empty() || !buffer || size < 1) return 0;
+    std::string reply = host->renameReplies.front();
+    host->renameReplies.pop_front();
+    if (reply == RENAME_CANCEL) return 0;
+    iniCopyValue(reply.c_str(), buffer, size);
+    return 1;
+}
+
 // Every service of the library, and the ini file and translations of this host. A host made
 // while KELVANE_HOST_SERVICES is "none" offers no function by name, as a plain VST 2 DAW.
 void offerAllServices(RefHost* host) {
@@ -98,6 +122,11 @@ void offerAllServices(RefHost* host) {
         host->services[HOST_DRAWING_SERVICES[i].name] = HOST_DRAWING_SERVICES[i].function;
     host->services["get_ini_file"] = reinterpret_cast<void*>(own.iniFile);
     host->services["__localizeFunc"] = reinterpret_cast<void*>(own.localizeFunc);
+    // The host's own: its name prompt, its key hooks, and the routing of its project.
+    host->services["DoRenameDialogEx"] = reinterpret_cast<void*>(own.renameDialog);
+    host->services["plugin_register"] = reinterpret_cast<void*>(&hostPluginRegister);
+    host->services["fxGetSetPinMap2"] = reinterpret_cast<void*>(&hostPinMap);
+    host->services["GetReceiveChannelInfo"] = reinterpret_cast<void*>(&hostReceiveChannelInfo);
 }
 
 std::string unescape(const std::string& text) {
@@ -163,6 +192,20 @@ bool refHostLoadTranslations(RefHost* host, const char* path, int* badLine) {
         host->translations[unescape(line.substr(0, a)) + '\n' + unescape(line.substr(a + 1, b - a - 1))] =
             unescape(line.substr(b + 1));
     }
+    return true;
+}
+
+bool refHostLoadReplies(RefHost* host, const char* path, std::string* error) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) return *error = std::string(path) + ": cannot be read", false;
+    std::deque<std::string> replies;
+    std::string line;
+    while (std::getline(in, line)) {
+        if (!line.empty() && line.back() == '\r') line.pop_back();
+        replies.push_back(line);
+    }
+    host->renameReplies = replies;
+    host->renameScripted = true;
     return true;
 }
 

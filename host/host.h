@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <mutex>
 #include <string>
@@ -25,6 +26,18 @@ struct AudioMasterCall {
     int32_t shiftFirst, shiftChange;
 };
 
+// One track channel of a project whose tracks send to the effect's track (refHostLoadTracks).
+struct SendingChannel {
+    int channel;            // the track channel, from 0
+    std::vector<int> pins;  // the effect's input pins it feeds, from 0
+    std::string name;       // UTF-8
+    int32_t colour;         // as the host's channel call gives it: red, green, blue in bytes 0..2
+                            // and bit 24 when the channel has a colour of its own; else 0
+};
+
+// The answer of a scripted name prompt that cancels it.
+extern const char* const RENAME_CANCEL;  // "<cancel>"
+
 struct RefHost {
     int slot;                                  // which callback trampoline is this host's
     std::map<std::string, void*> services;     // the functions offered by name
@@ -34,6 +47,13 @@ struct RefHost {
     double sampleRate;
     std::string iniPath;                       // what get_ini_file gives
     std::map<std::string, std::string> translations;  // key: section + '\n' + text
+    // The project of refHostLoadTracks; the two handle queries answer with this host then.
+    std::vector<SendingChannel> sendingChannels;
+    // The name prompt: with a script, each prompt takes the next answer (RENAME_CANCEL, or none
+    // left, cancels it); without one, a window asks the user. Every prompt's title is noted.
+    bool renameScripted;
+    std::deque<std::string> renameReplies;
+    std::vector<std::string> renameTitles;
     std::mutex callsMutex;
     std::vector<AudioMasterCall> calls;
 };
@@ -55,6 +75,16 @@ void refHostSetService(RefHost* host, const char* name, void* function);
 // with \t, \n and \\ escapes; blank lines and lines starting with '#' are skipped. Returns false
 // with the line number in *badLine (0 when the file cannot be read) on the first bad line.
 bool refHostLoadTranslations(RefHost* host, const char* path, int* badLine);
+
+// [setup] Loads a project of sending tracks: one line per track channel, "CHANNEL PINS COLOUR
+// NAME": the channel and the effect inputs it feeds (a comma list) counted from 1 up to 128, a
+// colour "#RRGGBB" or "none", and the rest of the line as the name (may be empty). Blank lines
+// and lines starting with '#' are skipped. False with "FILE:LINE: reason" (or "FILE: reason"
+// when it cannot be read) on the first bad line, the host unchanged.
+bool refHostLoadTracks(RefHost* host, const char* path, std::string* error);
+// [setup] Loads answers for the name prompt, one a line (a trailing CR is dropped), and makes
+// the prompt scripted. False with "FILE: reason" when the file cannot be read.
+bool refHostLoadReplies(RefHost* host, const char* path, std::string* error);
 
 // [one thread] Fills the process's host function table (hostApi) by name from this host, as the
 // plugin's entry point does: for running the core library's user-interface code in the host.

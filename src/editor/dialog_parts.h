@@ -43,7 +43,13 @@ void rebuildPagingLists(SurroundPanner* p, void* dialog);
 bool channelStripsMessage(SurroundPanner* p, const DialogMessage& m);
 
 // ---- menus of the dialog's buttons (dialog_menus_win32.cpp) ----
-// [window thread] WM_COMMAND of "Pan law" and "Speaker presets"; true when the message was theirs.
+// [window thread] Shows a popup menu (an HMENU) at the lower left corner of a button, owned by the
+// dialog, and destroys it. Returns the command chosen, 0 when the menu closed without one or is
+// null.
+int32_t trackPopupAtButton(void* dialog, int buttonId, void* menu);
+// [window thread] WM_COMMAND of "Pan law" and "Speaker presets"; and the import of names from
+// the sending tracks: MSG_IMPORT_SENDING_TRACKS from the room view, and the timer that repeats it
+// while the option is on. True when the message was theirs.
 bool dialogMenusMessage(SurroundPanner* p, const DialogMessage& m);
 
 // ---- in-place name editor (name_editor_win32.cpp) ----

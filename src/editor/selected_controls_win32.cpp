@@ -58,11 +58,7 @@ int32_t popupAtButton(HWND dialog, int buttonId, const std::vector<PopupItem>& i
         UINT flags = MF_BYPOSITION | (it.separator ? MF_SEPARATOR : MF_STRING | (it.checked ? MF_CHECKED : 0));
         InsertMenuUtf8(menu, position++, flags, it.separator ? 0 : UINT_PTR(it.command), it.text.c_str());
     }
-    RECT r{};
-    GetWindowRect(item(dialog, buttonId), &r);
-    int32_t command = int32_t(TrackPopupMenu(menu, TPM_RETURNCMD | TPM_NONOTIFY, r.left, r.bottom, 0, dialog, nullptr));
-    DestroyMenu(menu);
-    return command;
+    return trackPopupAtButton(dialog, buttonId, menu);
 }
 
 void rebuildEditRowLists(SurroundPanner* p, HWND dialog) {

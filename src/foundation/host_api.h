@@ -20,6 +20,16 @@ enum : intptr_t { HOST_QUERY_TRACK = 1, HOST_QUERY_EFFECT_HANDLE = 4, HOST_QUERY
 
 using MergesortCompare = int (*)(const void* a, const void* b);
 
+// A key hook as the host keeps it: registered with plugin_register("<accelerator", record) and
+// removed with "-accelerator". Before dispatching a message the host calls translate with it (a
+// pointer to the system's message record); 1: the message is eaten, -1: it goes to the focused
+// window past the host's own key bindings, 0: the host goes on as usual.
+struct HostAccelerator {
+    int (*translate)(void* message, HostAccelerator* record);
+    int32_t local;  // 1: the hook is the plugin's own
+    void* user;
+};
+
 struct HostApi {
     double (*DB2SLIDER)(double dB);
     double (*SLIDER2DB)(double position);

@@ -9,6 +9,9 @@ struct SurroundPanner;
 
 // The dialog's message that a speaker drag ended: it refreshes its center and side controls.
 constexpr unsigned MSG_REFRESH_CENTER_SIDE = 0x4CA;
+// The dialog's message that the options menu asked for the names and colours of the sending
+// tracks: the dialog, which lies above the view, carries out the import.
+constexpr unsigned MSG_IMPORT_SENDING_TRACKS = 0x4CB;
 
 // The procedure of the class (a WNDPROC in Windows builds); null elsewhere, where the class has
 // the default procedure.

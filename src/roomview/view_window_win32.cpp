@@ -128,9 +128,12 @@ void runMenu(HWND view, SurroundPanner* p, const ViewMenuRequest& request) {
         const int command = int(TrackPopupMenu(menu, TPM_RETURNCMD | TPM_NONOTIFY | TPM_LEFTALIGN | TPM_TOPALIGN, at.x,
                                                at.y, 0, view, nullptr));
         DestroyMenu(menu);
-        // The import from the sending tracks (OPTIONS_IMPORT_NAMES) is the dialog's; the view
-        // carries out the rest.
-        if (command && viewMenuCommand(p, request.menu, command)) requestRepaint(view, p, VIEW_REDRAW_PAINT | VIEW_REDRAW_WORLD);
+        // The import from the sending tracks is the dialog's, asked of the view's parent; the
+        // view carries out the rest.
+        if (request.menu == VIEW_MENU_OPTIONS && command == OPTIONS_IMPORT_NAMES)
+            SendMessageA(GetParent(view), MSG_IMPORT_SENDING_TRACKS, 0, 0);
+        else if (command && viewMenuCommand(p, request.menu, command))
+            requestRepaint(view, p, VIEW_REDRAW_PAINT | VIEW_REDRAW_WORLD);
     }
     for (HBITMAP b : pictures)
         if (b) DeleteObject(b);

@@ -2,10 +2,10 @@
 
 #include <cstring>
 
+#include "editor/dialog_menus.h"
 #include "engine/audio_block.h"
 #include "engine/speaker_analysis.h"
 #include "foundation/host_api.h"
-#include "foundation/numbers.h"
 #include "layouts/layouts.h"
 #include "platform/window.h"
 #include "roomview/view_window.h"
@@ -16,21 +16,10 @@
 
 unsigned char hostApiBound = 0;
 
-static double readPanLaw() {
-    char text[128] = {0};
-    const char* path = hostApi.get_ini_file ? hostApi.get_ini_file() : nullptr;
-    if (path && *path) iniReadString(path, "kelvane", "panlaw", "", text, sizeof text);
-    if (!text[0]) return PAN_LAW_DEFAULT_DB;
-    double db = parseLeadingDouble(text);
-    if (db < -6.0) db = -6.0;
-    if (db > 0.0) db = 0.0;
-    return db;
-}
-
 SurroundPanner* createPanner() {
     SurroundPanner* p = instanceCreate();
     if (!p) return nullptr;
-    p->panLawDb = readPanLaw();
+    p->panLawDb = readDefaultPanLaw();
 
     // The host's channel count and the AEffect the host sees.
     int n = hostChannelCount();

@@ -1,5 +1,6 @@
-// The steps of kelvane-host edit: every form parses into the message the editor gets, in the
-// order given, and a bad step is refused naming the option before anything opens.
+// The steps of kelvane-host edit: every form parses into the message the editor gets (or the
+// menu item, or the strip), in the order given, and a bad step is refused naming the option
+// before anything opens.
 #include <gtest/gtest.h>
 
 #include "host/edit_steps.h"
@@ -51,6 +52,26 @@ TEST(EditStepsTest, TypedTextIsTakenWholeWithEqualsSignsAndAnyScript) {
     EXPECT_EQ(s[2].text, "");
 }
 
+TEST(EditStepsTest, MenuPicksAndInPlaceNamesCarryTheirPathsAndStrips) {
+    std::vector<EditStep> s;
+    std::string error;
+    ASSERT_TRUE(parse({"--pick", "5/2", "--click", "1341", "--pick", "0", "--rename-strip", "input:2=Κρουστά = 鼓",
+                       "--rename-strip", "speaker:128="},
+                      &s, &error))
+        << error;
+    ASSERT_EQ(s.size(), 5u);
+    EXPECT_EQ(s[0].kind, EDIT_STEP_PICK);
+    EXPECT_EQ(s[0].path, (std::vector<int>{5, 2}));
+    EXPECT_EQ(s[2].path, std::vector<int>{0});
+    EXPECT_EQ(s[3].kind, EDIT_STEP_RENAME);
+    EXPECT_FALSE(s[3].speaker);
+    EXPECT_EQ(s[3].number, 1) << "strips count from 1";
+    EXPECT_EQ(s[3].text, "Κρουστά = 鼓");
+    EXPECT_TRUE(s[4].speaker);
+    EXPECT_EQ(s[4].number, 127);
+    EXPECT_EQ(s[4].text, "");
+}
+
 TEST(EditStepsTest, BadStepsAreRefusedNamingTheOption) {
     struct Case {
         std::vector<const char*> argv;
@@ -69,6 +90,14 @@ TEST(EditStepsTest, BadStepsAreRefusedNamingTheOption) {
         {{"--select", "1131=-1"}, "--select 1131=-1"},
         {{"--wait", "600001"}, "--wait 600001"},
         {{"--wait", ""}, "--wait"},
+        {{"--pick", ""}, "--pick : not a menu position"},
+        {{"--pick", "3/"}, "--pick 3/: not a menu position"},
+        {{"--pick", "1000"}, "--pick 1000"},
+        {{"--pick", "1/1/1/1"}, "more than three menu levels"},
+        {{"--rename-strip", "input:2"}, "--rename-strip input:2: not input:N=TEXT"},
+        {{"--rename-strip", "output:2=x"}, "not input:N=TEXT or speaker:N=TEXT"},
+        {{"--rename-strip", "input:0=x"}, "no channel from 1 to 128: '0'"},
+        {{"--rename-strip", "speaker:129=x"}, "no channel from 1 to 128"},
     };
     for (const Case& c : cases) {
         std::vector<EditStep> s;

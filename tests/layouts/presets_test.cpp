@@ -10,6 +10,7 @@
 #include "layouts/layouts.h"
 #include "layouts/presets.h"
 #include "support/panner_fixture.h"
+#include "support/preset_folder.h"
 #include "support/temp_dir.h"
 
 struct PresetsTest : PannerFixture {};
@@ -186,13 +187,14 @@ TEST_F(PresetsTest, ExtensionInAnyCaseAndNoHiddenFiles) {
     EXPECT_TRUE(listed(dir.file("missing")).empty());
 }
 
-// The one test that uses the process's own preset folder: it is built once per process.
+// The process's own preset folder, built once per process (and shared with the other tests
+// that name presets).
 TEST_F(PresetsTest, PresetsByNameInTheFolderBesideTheIniFile) {
-    TempDir dir;
-    iniPath = dir.file("host.ini");
-    std::string folder = (dir.path / "SpeakerSetups").string();
+    const ProcessPresets& presets = processPresets();
+    std::string folder = (std::filesystem::path(presets.ini).parent_path() / "SpeakerSetups").string();
     EXPECT_EQ(std::string(speakerPresetFolder()), folder);
     EXPECT_TRUE(std::filesystem::is_directory(folder)) << "made with the path";
+    TempDir dir;
     iniPath = dir.file("elsewhere/other.ini");
     EXPECT_EQ(std::string(speakerPresetFolder()), folder) << "kept for the process";
 
