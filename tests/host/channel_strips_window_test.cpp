@@ -21,6 +21,7 @@
 #include "hostservices/controls.h"
 #include "hostservices/services.h"
 #include "support/gesture_order.h"
+#include "tests/host/open_editor.h"
 #include "tests/host/plugin_paths.h"
 
 namespace {
@@ -52,34 +53,12 @@ HostControlState stateOf(HWND control) {
     return state;
 }
 
-struct ChannelStripsWindowTest : ::testing::Test {
-    PluginSession s{};
-    EditorHost h{};
-    HWND dialog = nullptr;
-
-    bool open(int inputs, const char* layout) {
-        std::string error;
-        EXPECT_TRUE(sessionOpen(&s, pluginPath().c_str(), inputs, nullptr, 48000.0, &error)) << error;
-        if (!s.effect) return false;
-        if (layout) {
-            EXPECT_TRUE(sessionApplyLayout(&s, layoutFromOption(layout, &error), &error)) << error;
-        }
-        if (sessionInputCount(&s) != inputs) sessionWriteNamed(&s, "NUMCHANNELS", std::to_string(inputs));
-        if (!editorHostOpen(&h, s.effect, false, &error)) {
-            EXPECT_NE(error.find("display"), std::string::npos) << error;
-            return false;
-        }
-        editorHostRun(&h, 150);
-        dialog = static_cast<HWND>(editorHostDialog(&h));
-        EXPECT_NE(dialog, nullptr);
-        return dialog != nullptr;
-    }
+struct ChannelStripsWindowTest : ::testing::Test, OpenEditor {
+    bool open(int inputs, const char* layout) { return openWithEditor(this, inputs, layout); }
     void TearDown() override {
         holdKeys({});
-        editorHostClose(&h);
-        sessionClose(&s);
+        closeEditor(this);
     }
-    SurroundPanner* panner() { return static_cast<SurroundPanner*>(s.effect->object); }
     HWND control(int role, int row) { return GetDlgItem(dialog, stripControlId(role, row)); }
     float parameter(int index) { return s.effect->getParameter(s.effect, index); }
     // A click on an input's name, in the dialog's client pixels at 100 %.

@@ -24,6 +24,7 @@
 #include "host/session.h"
 #include "roomview/overlays.h"
 #include "support/temp_dir.h"
+#include "tests/host/open_editor.h"
 #include "tests/host/plugin_paths.h"
 
 namespace {
@@ -56,34 +57,15 @@ void CALLBACK shotTick(HWND, UINT, UINT_PTR timer, DWORD) {
     editorHostPickMenu(shot.path);
 }
 
-struct DialogMenusWindowTest : ::testing::Test {
+struct DialogMenusWindowTest : ::testing::Test, OpenEditor {
     TempDir dir;
-    PluginSession s{};
-    EditorHost h{};
-    HWND dialog = nullptr;
 
     bool open(const char* layout) {
-        std::string error;
-        if (!sessionOpen(&s, pluginPath().c_str(), 2, dir.file("host.ini").c_str(), 48000.0, &error)) {
-            ADD_FAILURE() << error;
-            return false;
-        }
+        if (!openSession(this, 2, layout, dir.file("host.ini").c_str())) return false;
         s.host->renameScripted = true;
-        int id = layoutFromOption(layout, &error);
-        EXPECT_TRUE(id >= 0 && sessionApplyLayout(&s, id, &error)) << error;
-        if (!editorHostOpen(&h, s.effect, false, &error)) {
-            EXPECT_NE(error.find("display"), std::string::npos) << error;
-            return false;
-        }
-        dialog = static_cast<HWND>(editorHostDialog(&h));
-        editorHostRun(&h, 150);
-        return dialog != nullptr;
+        return openEditor(this);
     }
-    void TearDown() override {
-        editorHostClose(&h);
-        sessionClose(&s);
-    }
-    SurroundPanner* panner() { return static_cast<SurroundPanner*>(s.effect->object); }
+    void TearDown() override { closeEditor(this); }
 
     // A click on a menu button, the item at path chosen from the menu; with a file name the open
     // menu is captured first. Returns how the pick went.

@@ -20,17 +20,13 @@
 #include "host/safe_output.h"
 #include "host/session.h"
 #include "shell/state_chunk.h"
+#include "tests/host/open_editor.h"
 #include "tests/host/plugin_paths.h"
 
 namespace {
 
 // One instance with its editor open.
-struct Opened {
-    PluginSession s{};
-    EditorHost h{};
-    HWND dialog = nullptr;
-    SurroundPanner* panner() { return static_cast<SurroundPanner*>(s.effect->object); }
-};
+using Opened = OpenEditor;
 
 std::string fieldText(HWND field) {
     wchar_t text[256] = {0};
@@ -51,26 +47,9 @@ void holdShift(bool held) {
 struct NameEditorWindowTest : ::testing::Test {
     Opened a, b;
 
-    bool open(Opened* o, int inputs) {
-        std::string error;
-        if (!sessionOpen(&o->s, pluginPath().c_str(), inputs, nullptr, 48000.0, &error)) {
-            ADD_FAILURE() << error;
-            return false;
-        }
-        if (sessionInputCount(&o->s) != inputs) sessionWriteNamed(&o->s, "NUMCHANNELS", std::to_string(inputs));
-        if (!editorHostOpen(&o->h, o->s.effect, true, &error)) {
-            EXPECT_NE(error.find("display"), std::string::npos) << error;
-            return false;
-        }
-        o->dialog = static_cast<HWND>(editorHostDialog(&o->h));
-        editorHostRun(&o->h, 150);
-        return o->dialog != nullptr;
-    }
+    bool open(Opened* o, int inputs) { return openSession(o, inputs, nullptr) && openEditor(o, true); }
     void TearDown() override {
-        for (Opened* o : {&b, &a}) {
-            editorHostClose(&o->h);
-            sessionClose(&o->s);
-        }
+        for (Opened* o : {&b, &a}) closeEditor(o);
     }
     // What a double click on a name column sends: the field opens over the item.
     HWND begin(Opened& o, int item) {

@@ -16,36 +16,14 @@
 #include "host/editor_host.h"
 #include "host/safe_output.h"
 #include "host/session.h"
+#include "tests/host/open_editor.h"
 #include "tests/host/plugin_paths.h"
 
 namespace {
 
-struct SelectedControlsWindowTest : ::testing::Test {
-    PluginSession s{};
-    EditorHost h{};
-    HWND dialog = nullptr;
-
-    bool open(int inputs, const char* layout) {
-        std::string error;
-        if (!sessionOpen(&s, pluginPath().c_str(), inputs, nullptr, 48000.0, &error)) {
-            ADD_FAILURE() << error;
-            return false;
-        }
-        int id = layoutFromOption(layout, &error);
-        EXPECT_TRUE(id >= 0 && sessionApplyLayout(&s, id, &error)) << error;
-        if (!editorHostOpen(&h, s.effect, false, &error)) {
-            EXPECT_NE(error.find("display"), std::string::npos) << error;
-            return false;
-        }
-        dialog = static_cast<HWND>(editorHostDialog(&h));
-        editorHostRun(&h, 150);
-        return dialog != nullptr;
-    }
-    void TearDown() override {
-        editorHostClose(&h);
-        sessionClose(&s);
-    }
-    SurroundPanner* panner() { return static_cast<SurroundPanner*>(s.effect->object); }
+struct SelectedControlsWindowTest : ::testing::Test, OpenEditor {
+    bool open(int inputs, const char* layout) { return openWithEditor(this, inputs, layout); }
+    void TearDown() override { closeEditor(this); }
 
     // Typing: the text goes in as a key would put it, and the edit tells the dialog of the change.
     void type(int id, const wchar_t* text) { SetWindowTextW(GetDlgItem(dialog, id), text); }
