@@ -1,5 +1,10 @@
 #include "host/args.h"
 
+#if defined(_WIN32)
+#include <windows.h>
+#include <shellapi.h>
+#endif
+
 bool parseArgs(int argc, char** argv, const std::vector<OptionSpec>& specs, ParsedArgs* out, std::string* error) {
     out->positional.clear();
     out->options.clear();
@@ -57,4 +62,25 @@ bool optionGiven(const ParsedArgs& args, const char* name) {
     for (const ParsedOption& o : args.options)
         if (o.name == name) return true;
     return false;
+}
+
+std::vector<std::string> utf8Arguments(int argc, char** argv) {
+    std::vector<std::string> out;
+#if defined(_WIN32)
+    int count = 0;
+    if (wchar_t** wide = CommandLineToArgvW(GetCommandLineW(), &count)) {
+        for (int i = 0; i < count; i++) {
+            int n = WideCharToMultiByte(CP_UTF8, 0, wide[i], -1, nullptr, 0, nullptr, nullptr);
+            std::string arg(size_t(n > 0 ? n : 1), '\0');
+            if (n > 0) WideCharToMultiByte(CP_UTF8, 0, wide[i], -1, &arg[0], n, nullptr, nullptr);
+            arg.resize(arg.size() - 1);
+            out.push_back(arg);
+        }
+        LocalFree(wide);
+        if (count == argc) return out;
+        out.clear();  // a command line the runtime split otherwise: keep the runtime's reading
+    }
+#endif
+    for (int i = 0; i < argc; i++) out.push_back(argv[i]);
+    return out;
 }

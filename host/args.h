@@ -28,3 +28,8 @@ bool parseArgs(int argc, char** argv, const std::vector<OptionSpec>& specs, Pars
 // The last value given for an option, or `fallback`; whether a flag was given.
 std::string optionValue(const ParsedArgs& args, const char* name, const std::string& fallback = "");
 bool optionGiven(const ParsedArgs& args, const char* name);
+
+// [main thread] The program's arguments as UTF-8. The Windows C runtime hands main its arguments
+// in the system code page, which loses every character outside it ("Ωμέγα" arrives as "?????"),
+// so there they are read again from the wide command line; elsewhere argv is taken as it is.
+std::vector<std::string> utf8Arguments(int argc, char** argv);

@@ -1,6 +1,7 @@
 #include "host/inspect.h"
 
 #include <cstdio>
+#include <cstring>
 #include <cstdlib>
 #include <string>
 #include <vector>
@@ -56,17 +57,25 @@ void printChunk(const std::vector<unsigned char>& chunk) {
                 h.channelOptions, h.uiFlags);
     std::printf("center %% %.4f, side %% %.4f, pan law %.2f dB, Z shape %d\n", h.centerPercent, h.sidePercent,
                 h.panLawDb, h.zShape);
+    // Names in any script line up: the column is counted in characters, not bytes.
+    auto column = [](const char* name) {
+        std::string text(name, strnlen(name, 64));
+        size_t characters = 0;
+        for (unsigned char c : text) characters += (c & 0xC0) != 0x80;
+        if (characters < 24) text.append(24 - characters, ' ');
+        return text;
+    };
     std::printf("%d inputs:\n", state.inputs.size());
     for (int i = 0; i < state.inputs.size(); i++) {
         const PanInput& in = state.inputs[i];
-        std::printf("  %3d %-24s x %7.4f y %7.4f z %6.4f gain %.4f lfe %.4f div %.4f delay %.4f s%s%s colour %08X\n",
-                    i + 1, in.name, in.posX, in.posY, in.posZ, in.gain, in.lfeSend, in.divergence, in.delay,
+        std::printf("  %3d %s x %7.4f y %7.4f z %6.4f gain %.4f lfe %.4f div %.4f delay %.4f s%s%s colour %08X\n",
+                    i + 1, column(in.name).c_str(), in.posX, in.posY, in.posZ, in.gain, in.lfeSend, in.divergence, in.delay,
                     in.mute ? " muted" : "", in.solo ? " soloed" : "", in.color);
     }
     std::printf("%d speakers:\n", state.speakers.size());
     for (int s = 0; s < state.speakers.size(); s++) {
         const PanSpeaker& spk = state.speakers[s];
-        std::printf("  %3d %-24s x %7.4f y %7.4f z %6.4f gain %.4f influence %.4f%s%s%s%s\n", s + 1, spk.name,
+        std::printf("  %3d %s x %7.4f y %7.4f z %6.4f gain %.4f influence %.4f%s%s%s%s\n", s + 1, column(spk.name).c_str(),
                     spk.posX, spk.posY, spk.posZ, spk.gain, spk.influence, spk.lfe ? " LFE" : "",
                     spk.vacant ? " vacant" : "", spk.mute ? " muted" : "", spk.solo ? " soloed" : "");
     }

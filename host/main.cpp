@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "engine/instance.h"
 #include "engine/records.h"
@@ -245,7 +246,12 @@ int commandLayouts(int argc, char** argv) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** rawArgv) {
+    std::vector<std::string> arguments = utf8Arguments(argc, rawArgv);
+    std::vector<char*> pointers;
+    for (std::string& a : arguments) pointers.push_back(a.data());
+    pointers.push_back(nullptr);
+    char** argv = pointers.data();
     if (argc < 2 || !std::strcmp(argv[1], "--help") || !std::strcmp(argv[1], "-h")) {
         printUsage(argc < 2 ? stderr : stdout);
         return argc < 2 ? 2 : 0;

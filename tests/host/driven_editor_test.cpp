@@ -15,6 +15,8 @@
 #include "editor/dialog_controls.h"
 #include "editor/selected_controls.h"
 #include "engine/instance.h"
+#include "engine/position.h"
+#include "engine/records.h"
 #include "foundation/host_api.h"
 #include "host/host.h"
 #include "host/session.h"
@@ -207,6 +209,19 @@ TEST_F(DrivenEditorTest, LayoutListSpeakerCountModesAndEditAllSaveWhatTheHandler
                         [](SurroundPanner* p) { clickSelectedControl(p, 1291); },
                         [](SurroundPanner* p) { stripButtonClicked(p, STRIP_INPUT_REVERSE_X, 0, 0); },
                         [](SurroundPanner* p) { applyPositionTexts(p, "50", "", ""); },
+                    });
+}
+
+TEST_F(DrivenEditorTest, ANameTypedInPlaceInAnyScriptSavesWhatTheHandlersPredict) {
+    // The name comes through the command line: the tool must read it whole, not in a code page.
+    expectSameState(startState(4, "Quadraphonic"), "--rename-strip \"input:2=\u03A9\u03BC\u03AD\u03B3\u03B1 \u58F0 \U0001F3A7\"",
+                    {
+                        [](SurroundPanner* p) {
+                            // The double click's first press makes the input the only one selected.
+                            for (int i = 0; i < inputCount(p); i++) inputRecords(p)[i].selected = i == 1;
+                            recomputeScene(p);
+                            setRecordName(inputRecords(p)[1].name, "\u03A9\u03BC\u03AD\u03B3\u03B1 \u58F0 \U0001F3A7");
+                        },
                     });
 }
 
