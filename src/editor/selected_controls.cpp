@@ -102,11 +102,6 @@ void addChannelItems(const SurroundPanner* p, std::vector<PopupItem>* menu, bool
     }
 }
 
-// The pending change that tells the host the new counts at its next idle call.
-void notePendingChange(SurroundPanner* p) {
-    p->pendingChannelChange = uint32_t(inputCount(p)) | uint32_t(speakerCount(p)) << 8 | PENDING_FORCED;
-}
-
 double* workAxis(PanInput& in, int axis) { return axis == 0 ? &in.workX : axis == 1 ? &in.workY : &in.workZ; }
 double* speakerAxis(PanSpeaker& sp, int axis) { return axis == 0 ? &sp.posX : axis == 1 ? &sp.posY : &sp.posZ; }
 
@@ -466,7 +461,7 @@ bool clickSelectedControl(SurroundPanner* p, int32_t id) {
 
 void chooseLayoutEntry(SurroundPanner* p, int entry) {
     if (entry < 0 || entry >= LAYOUT_ENTRIES) return;
-    notePendingChange(p);
+    notePendingChange(p, true);
     // "Custom speakers" keeps the speakers as they stand, only hand-made from now on.
     if (LAYOUT_MENU_ORDER[entry] == LAYOUT_CUSTOM) setSpeakerCount(p, speakerCount(p));
     else applyLayout(p, LAYOUT_MENU_ORDER[entry]);
@@ -501,7 +496,7 @@ bool applyInputCountText(SurroundPanner* p, const char* text) {
     int n;
     if (!typedCount(text, &n) || n == inputCount(p)) return false;
     uint32_t before = p->pendingChannelChange;
-    notePendingChange(p);
+    notePendingChange(p, true);
     if (!setInputCount(p, n)) {
         p->pendingChannelChange = before;
         return false;
@@ -513,7 +508,7 @@ bool applyInputCountText(SurroundPanner* p, const char* text) {
 bool applySpeakerCountText(SurroundPanner* p, const char* text) {
     int n;
     if (!typedCount(text, &n) || n == speakerCount(p)) return false;
-    notePendingChange(p);
+    notePendingChange(p, true);
     setSpeakerCount(p, n);
     return true;
 }

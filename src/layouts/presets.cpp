@@ -175,8 +175,7 @@ bool loadPresetFile(SurroundPanner* p, const char* path) {
     delete stream;
     if (!count) return false;
 
-    // The host learns the new counts at its next idle call, told against the counts noted here.
-    p->pendingChannelChange = uint32_t(inputCount(p)) | uint32_t(speakerCount(p)) << 8;
+    notePendingChange(p, false);
     LockHold hold(&p->stateLock);
     if (!p->speakers.resize(count)) return false;
     std::memcpy(speakerRecords(p), read, size_t(count) * sizeof(PanSpeaker));

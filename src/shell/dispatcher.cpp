@@ -87,13 +87,6 @@ void suspend(SurroundPanner* p) {
     p->audioSpeakers = -1;
 }
 
-// A change of the counts reaches the host at the next idle call, told against the counts noted
-// here; forced asks the host to resize its outputs as well.
-void notePendingChange(SurroundPanner* p, bool forced) {
-    p->pendingChannelChange =
-        uint32_t(inputCount(p)) | uint32_t(speakerCount(p)) << 8 | (forced ? uint32_t(PENDING_FORCED) : 0u);
-}
-
 intptr_t parameterProperties(SurroundPanner* p, int32_t index, void* ptr) {
     if (!ptr) return 0;
     VstParameterProperties* props = static_cast<VstParameterProperties*>(ptr);
