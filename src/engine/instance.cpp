@@ -4,8 +4,6 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "engine/records.h"
-
 void markInputDirty(SurroundPanner* p, int input) {
     if (input < 0 || input >= 128) return;
     std::atomic_ref<uint64_t>(p->gainsDirtyInputs[input >> 6]).fetch_or(uint64_t(1) << (input & 63));
@@ -14,11 +12,6 @@ void markInputDirty(SurroundPanner* p, int input) {
 void markAllInputsDirty(SurroundPanner* p) {
     std::atomic_ref<uint64_t>(p->gainsDirtyInputs[0]).store(~uint64_t(0));
     std::atomic_ref<uint64_t>(p->gainsDirtyInputs[1]).store(~uint64_t(0));
-}
-
-void notePendingChange(SurroundPanner* p, bool forced) {
-    p->pendingChannelChange =
-        uint32_t(inputCount(p)) | uint32_t(speakerCount(p)) << 8 | (forced ? uint32_t(PENDING_FORCED) : 0u);
 }
 
 int instanceContainers(SurroundPanner* p, GrowBuffer** list) {

@@ -169,11 +169,6 @@ inline SurroundPanner* pannerFromEffect(AEffect* effect) {
 void markInputDirty(SurroundPanner* p, int input);
 void markAllInputsDirty(SurroundPanner* p);
 
-// [window thread] Notes the present counts in pendingChannelChange before they change: the host
-// is told of the change at its next idle call, against these counts; forced asks it to resize
-// its outputs as well.
-void notePendingChange(SurroundPanner* p, bool forced);
-
 // [window thread] The growable members in order of construction, written to list (room for
 // INSTANCE_CONTAINER_COUNT); returns their count. Destruction frees them in reverse.
 constexpr int INSTANCE_CONTAINER_COUNT = 15;

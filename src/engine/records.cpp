@@ -23,6 +23,11 @@ int speakerCount(const SurroundPanner* p) { return p->speakers.size(); }
 PanInput* inputRecords(const SurroundPanner* p) { return p->inputs.data(); }
 PanSpeaker* speakerRecords(const SurroundPanner* p) { return p->speakers.data(); }
 
+void notePendingChange(SurroundPanner* p, bool forced) {
+    p->pendingChannelChange =
+        uint32_t(inputCount(p)) | uint32_t(speakerCount(p)) << 8 | (forced ? uint32_t(PENDING_FORCED) : 0u);
+}
+
 void setRecordName(char (&name)[64], const char* text) {
     std::snprintf(name, sizeof name, "%s", text ? text : "");
 }

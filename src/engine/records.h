@@ -94,6 +94,11 @@ int speakerCount(const SurroundPanner* p);
 PanInput* inputRecords(const SurroundPanner* p);
 PanSpeaker* speakerRecords(const SurroundPanner* p);
 
+// [window thread] Notes the present counts in pendingChannelChange before they change: the host
+// is told of the change at its next idle call, against these counts; forced asks it to resize
+// its outputs as well.
+void notePendingChange(SurroundPanner* p, bool forced);
+
 // [any thread] Zero-fills and sets the defaults of a new input at index: gain 1, the localised
 // name "channel N", the colour of index & 7, reverseX on odd indices.
 void newInputRecord(PanInput* record, int index);
