@@ -1,7 +1,7 @@
 // kelvane-host edit drives the real dialog, and the state it saves is the one the portable
-// handlers make of the same start: each scenario is played once through the Windows dialog (the
-// tool's steps under a window system) and once through the core library's handlers on a bare
-// instance, and the two state chunks must be the same bytes. Windows builds only, with a display
+// handlers make of the same start: each scenario is played through the Windows dialog (the tool's
+// steps under a window system) and through the core library's handlers on a bare instance, one
+// step more each time, and after every step the two state chunks must be the same bytes. Windows builds only, with a display
 // (Xvfb under wine); without one the test skips.
 #if defined(_WIN32)
 #include <gtest/gtest.h>
@@ -160,69 +160,85 @@ struct DrivenEditorTest : ::testing::Test {
         return out;
     }
 
-    // The steps through the dialog and the handlers through the core: one state, and a changed one.
-    void expectSameState(const std::vector<unsigned char>& start, const std::string& steps,
-                         const std::vector<std::function<void(SurroundPanner*)>>& handlers) {
-        std::vector<unsigned char> dialog;
-        if (!driven(start, steps, &dialog)) GTEST_SKIP() << "no display";
-        std::vector<unsigned char> portable = predicted(start, handlers);
-        ASSERT_FALSE(portable.empty());
-        EXPECT_TRUE(dialog == portable) << difference(dialog, portable);
-        EXPECT_NE(dialog, start);
+    // One step of a scenario: what the tool plays on the dialog, and the handler call it stands for.
+    struct Step {
+        std::string driven;
+        std::function<void(SurroundPanner*)> handler;
+        bool unsaved = false;  // the step changes only what the state does not keep (the focus)
+    };
+
+    // After each step, the state the dialog saved is the one the handlers make of the same start,
+    // and the step changed it.
+    void expectSameStates(const std::vector<unsigned char>& start, const std::vector<Step>& steps) {
+        std::string played;
+        std::vector<std::function<void(SurroundPanner*)>> handlers;
+        std::vector<unsigned char> before = start;
+        for (const Step& step : steps) {
+            played += " " + step.driven;
+            handlers.push_back(step.handler);
+            std::vector<unsigned char> dialog;
+            if (!driven(start, played, &dialog)) GTEST_SKIP() << "no display";
+            std::vector<unsigned char> portable = predicted(start, handlers);
+            ASSERT_FALSE(portable.empty());
+            EXPECT_TRUE(dialog == portable) << "after " << step.driven << ": " << difference(dialog, portable);
+            if (!step.unsaved) EXPECT_NE(dialog, before) << step.driven << " changed nothing";
+            before = dialog;
+        }
     }
 };
 
 constexpr int ENDED = 1;
 
 TEST_F(DrivenEditorTest, CountsFadersButtonsAndTypedValuesSaveWhatTheHandlersPredict) {
-    expectSameState(startState(6, "5.1 surround"),
-                    "--type 1231=8 --wait 1200 --fader 1241=500 --click 1142 --click 1288 --fader 1079=250 "
-                    "--type 1257=-6 --wait 1200",
-                    {
-                        [](SurroundPanner* p) { applyInputCountText(p, "8"); },
-                        [](SurroundPanner* p) {
-                            stripFaderMoved(p, STRIP_LIST_INPUTS, 2, 500, false);
-                            stripFaderMoved(p, STRIP_LIST_INPUTS, 2, 500, ENDED);
-                        },
-                        [](SurroundPanner* p) { stripButtonClicked(p, STRIP_INPUT_MUTE, 0, 0); },
-                        [](SurroundPanner* p) { clickSelectedControl(p, 1288); },
-                        [](SurroundPanner* p) {
-                            moveMixFader(p, false, 250, false);
-                            moveMixFader(p, false, 250, ENDED);
-                        },
-                        [](SurroundPanner* p) { applyValueText(p, "-6"); },
-                    });
+    expectSameStates(startState(6, "5.1 surround"),
+                     {
+                         {"--type 1231=8 --wait 1200", [](SurroundPanner* p) { applyInputCountText(p, "8"); }},
+                         {"--fader 1241=500",
+                          [](SurroundPanner* p) {
+                              stripFaderMoved(p, STRIP_LIST_INPUTS, 2, 500, false);
+                              stripFaderMoved(p, STRIP_LIST_INPUTS, 2, 500, ENDED);
+                          }},
+                         {"--click 1142", [](SurroundPanner* p) { stripButtonClicked(p, STRIP_INPUT_MUTE, 0, 0); }},
+                         {"--click 1288", [](SurroundPanner* p) { clickSelectedControl(p, 1288); }},
+                         {"--fader 1079=250",
+                          [](SurroundPanner* p) {
+                              moveMixFader(p, false, 250, false);
+                              moveMixFader(p, false, 250, ENDED);
+                          }},
+                         {"--type 1257=-6 --wait 1200", [](SurroundPanner* p) { applyValueText(p, "-6"); }},
+                     });
 }
 
 TEST_F(DrivenEditorTest, LayoutListSpeakerCountModesAndEditAllSaveWhatTheHandlersPredict) {
-    expectSameState(startState(4, "Quadraphonic"),
-                    "--select 1131=0 --type 1222=7 --wait 1200 --select 1277=2 --fader 1239=300 --click 1291 "
-                    "--click 1292 --type 1035=50 --wait 1200",
-                    {
-                        [](SurroundPanner* p) { chooseLayoutEntry(p, 0); },
-                        [](SurroundPanner* p) { applySpeakerCountText(p, "7"); },
-                        [](SurroundPanner* p) { stripModeChosen(p, STRIP_LIST_INPUTS, 2); },
-                        [](SurroundPanner* p) {
-                            stripFaderMoved(p, STRIP_LIST_INPUTS, 0, 300, false);
-                            stripFaderMoved(p, STRIP_LIST_INPUTS, 0, 300, ENDED);
-                        },
-                        [](SurroundPanner* p) { clickSelectedControl(p, 1291); },
-                        [](SurroundPanner* p) { stripButtonClicked(p, STRIP_INPUT_REVERSE_X, 0, 0); },
-                        [](SurroundPanner* p) { applyPositionTexts(p, "50", "", ""); },
-                    });
+    expectSameStates(startState(4, "Quadraphonic"),
+                     {
+                         {"--select 1131=0", [](SurroundPanner* p) { chooseLayoutEntry(p, 0); }},
+                         {"--type 1222=7 --wait 1200", [](SurroundPanner* p) { applySpeakerCountText(p, "7"); }},
+                         {"--select 1277=2", [](SurroundPanner* p) { stripModeChosen(p, STRIP_LIST_INPUTS, 2); }},
+                         {"--fader 1239=300",
+                          [](SurroundPanner* p) {
+                              stripFaderMoved(p, STRIP_LIST_INPUTS, 0, 300, false);
+                              stripFaderMoved(p, STRIP_LIST_INPUTS, 0, 300, ENDED);
+                          }},
+                         {"--click 1291", [](SurroundPanner* p) { clickSelectedControl(p, 1291); }},
+                         {"--click 1292", [](SurroundPanner* p) { stripButtonClicked(p, STRIP_INPUT_REVERSE_X, 0, 0); }},
+                         {"--pick 1 --click 1040", [](SurroundPanner* p) { chooseFocus(p, 101); }, true},
+                         {"--type 1035=50 --wait 1200", [](SurroundPanner* p) { applyPositionTexts(p, "50", "", ""); }},
+                     });
 }
 
 TEST_F(DrivenEditorTest, ANameTypedInPlaceInAnyScriptSavesWhatTheHandlersPredict) {
     // The name comes through the command line: the tool must read it whole, not in a code page.
-    expectSameState(startState(4, "Quadraphonic"), "--rename-strip \"input:2=\u03A9\u03BC\u03AD\u03B3\u03B1 \u58F0 \U0001F3A7\"",
-                    {
-                        [](SurroundPanner* p) {
-                            // The double click's first press makes the input the only one selected.
-                            for (int i = 0; i < inputCount(p); i++) inputRecords(p)[i].selected = i == 1;
-                            recomputeScene(p);
-                            setRecordName(inputRecords(p)[1].name, "\u03A9\u03BC\u03AD\u03B3\u03B1 \u58F0 \U0001F3A7");
-                        },
-                    });
+    expectSameStates(startState(4, "Quadraphonic"),
+                     {
+                         {"--rename-strip \"input:2=\u03A9\u03BC\u03AD\u03B3\u03B1 \u58F0 \U0001F3A7\"",
+                          [](SurroundPanner* p) {
+                              // The double click's first press makes the input the only one selected.
+                              for (int i = 0; i < inputCount(p); i++) inputRecords(p)[i].selected = i == 1;
+                              recomputeScene(p);
+                              setRecordName(inputRecords(p)[1].name, "\u03A9\u03BC\u03AD\u03B3\u03B1 \u58F0 \U0001F3A7");
+                          }},
+                     });
 }
 
 }  // namespace
