@@ -91,17 +91,13 @@ bool checkOutputs(const EditOptions& o, std::string* error) {
     return true;
 }
 
-// A user typing: the field's text selected, then one character after the other, each reaching
-// the dialog as a change of the field.
+// A user typing: the field's text selected and cleared, then one character after the other
+// through the message loop, each reaching the dialog as a change of the field.
 void typeText(HWND field, const std::string& utf8) {
     SetFocus(field);
     SendMessageW(field, EM_SETSEL, 0, -1);
     SendMessageW(field, WM_CHAR, VK_BACK, 1);
-    int n = MultiByteToWideChar(CP_UTF8, 0, utf8.c_str(), -1, nullptr, 0);
-    std::wstring text(size_t(n > 0 ? n : 1), L'\0');
-    if (n > 0) MultiByteToWideChar(CP_UTF8, 0, utf8.c_str(), -1, &text[0], n);
-    for (wchar_t c : text)
-        if (c) SendMessageW(field, WM_CHAR, WPARAM(c), 1);
+    editorHostPostText(field, utf8);
 }
 
 // The first channel a strip list shows: its paging list picks every fourth from the first.
